@@ -1,0 +1,19 @@
+# Options and compile settings that every target of the project shares.
+option(HEXMIRE_BUILD_TESTS "Build the tests and the examples" ON)
+option(HEXMIRE_BUILD_BENCHMARKS "Build the benchmarks" OFF)
+option(HEXMIRE_BUILD_FUZZERS "Build the libFuzzer targets (Clang only)" OFF)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+find_program(HEXMIRE_CCACHE ccache)
+if(HEXMIRE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${HEXMIRE_CCACHE})
+endif()
+
+add_library(hexmire_settings INTERFACE)
+target_include_directories(hexmire_settings INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(hexmire_settings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
