@@ -9,8 +9,8 @@
 namespace hexmire {
 
 /// One node of a loaded XML document, in document order. Texts are byte strings in ISO 8859-1; a
-/// character above U+00FF reads as "?". A node keeps what it needs of its document alive only as long
-/// as the document itself lives and is not loaded again.
+/// character above U+00FF reads as "?". A node keeps what it needs of its document alive only as
+/// long as the document itself lives and is not loaded again.
 class IXMLNode {
 public:
     /// True for an element; false for text, white space, comments and anything else.
@@ -36,9 +36,9 @@ protected:
 /// network, no external entities, bounded entity growth.
 class IXMLDocument {
 public:
-    /// Reads and parses the whole file. False when it could not be read or is not well-formed or not
-    /// valid; ParseErrorCode() then tells why. A path is used as it stands, relative to the current
-    /// directory.
+    /// Reads and parses the whole file. False when it could not be read or is not well-formed or
+    /// not valid; ParseErrorCode() then tells why. A path is used as it stands, relative to the
+    /// current directory.
     virtual bool Load(const std::string& path) = 0;
     /// The parser's code of the last failed Load; 0 after a successful one.
     [[nodiscard]] virtual std::int32_t ParseErrorCode() const = 0;

@@ -55,26 +55,26 @@ public:
     virtual void CloseLink() = 0;
     /// True from OpenLink until CloseLink or until the connection has ended.
     [[nodiscard]] virtual bool LinkStatus() = 0;
-    /// Hands over one message: the 10 header bytes, the body as an array of Byte or "" for none, and
-    /// the body's length in bytes.
+    /// Hands over one message: the 10 header bytes, the body as an array of Byte or "" for none,
+    /// and the body's length in bytes.
     virtual void SendMessage(std::span<const std::uint8_t> header,
                              const Variant& body,
                              std::int32_t length) = 0;
 
-    virtual void SerialPort(const std::string& name) = 0;        ///< e.g. "COM1"
-    virtual void ConnectionRetryLimit(std::int16_t limit) = 0;   ///< RTY, [0..31]
-    virtual void PortType(std::int16_t type) = 0;                ///< enmPortType, [1..4]
-    virtual void HostRole(bool host) = 0;                        ///< false: equipment
-    virtual void BaudRate(std::int16_t baud) = 0;                ///< [150..19200] bit/s
-    virtual void T1(float seconds) = 0;                          ///< inter-character, [0.1..10.0] s
-    virtual void T2(float seconds) = 0;                          ///< protocol, [0.2..25.0] s
-    virtual void T3(std::int16_t seconds) = 0;                   ///< reply, [1..120] s
-    virtual void T4(std::int16_t seconds) = 0;                   ///< inter-block, [1..120] s
-    virtual void T5(std::int16_t seconds) = 0;                   ///< connect separation, [1..240] s
-    virtual void T6(std::int16_t seconds) = 0;                   ///< control transaction, [1..240] s
-    virtual void T7(std::int16_t seconds) = 0;                   ///< not selected, [1..240] s
-    virtual void T8(std::int16_t seconds) = 0;                   ///< network inter-character, [1..120] s
-    virtual void DeviceID(std::int32_t deviceId) = 0;            ///< [0..32767]
+    virtual void SerialPort(const std::string& name) = 0;       ///< e.g. "COM1"
+    virtual void ConnectionRetryLimit(std::int16_t limit) = 0;  ///< RTY, [0..31]
+    virtual void PortType(std::int16_t type) = 0;               ///< enmPortType, [1..4]
+    virtual void HostRole(bool host) = 0;                       ///< false: equipment
+    virtual void BaudRate(std::int16_t baud) = 0;               ///< [150..19200] bit/s
+    virtual void T1(float seconds) = 0;                         ///< inter-character, [0.1..10.0] s
+    virtual void T2(float seconds) = 0;                         ///< protocol, [0.2..25.0] s
+    virtual void T3(std::int16_t seconds) = 0;                  ///< reply, [1..120] s
+    virtual void T4(std::int16_t seconds) = 0;                  ///< inter-block, [1..120] s
+    virtual void T5(std::int16_t seconds) = 0;                  ///< connect separation, [1..240] s
+    virtual void T6(std::int16_t seconds) = 0;                  ///< control transaction, [1..240] s
+    virtual void T7(std::int16_t seconds) = 0;                  ///< not selected, [1..240] s
+    virtual void T8(std::int16_t seconds) = 0;         ///< network inter-character, [1..120] s
+    virtual void DeviceID(std::int32_t deviceId) = 0;  ///< [0..32767]
     virtual void LocalIPAddress(const std::string& address) = 0;
     virtual void LocalIPPort(std::int32_t port) = 0;
     virtual void RemoteIPAddress(const std::string& address) = 0;
@@ -83,7 +83,7 @@ public:
     virtual void DuplicateBlockCheck(bool on) = 0;
     virtual void SystemBytesCheck(bool on) = 0;
     virtual void TimeOutRetry(std::int16_t count) = 0;
-    virtual void HSMSConnectionMode(std::int16_t mode) = 0;      ///< enmConnectionMode, [1..3]
+    virtual void HSMSConnectionMode(std::int16_t mode) = 0;  ///< enmConnectionMode, [1..3]
     virtual void Trace(bool on) = 0;
     virtual void RecipeFileEnabled(bool on) = 0;
     virtual void RecipeSendPath(const std::string& folder) = 0;

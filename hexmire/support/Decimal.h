@@ -17,8 +17,8 @@ public:
     Decimal(std::uint32_t high, std::uint64_t low, bool negative, unsigned scale = 0) noexcept;
     static Decimal FromInt64(std::int64_t value) noexcept;
     static Decimal FromUInt64(std::uint64_t value) noexcept;
-    /// The exact value of the double as far as 28 digits carry it, rounded half to even beyond them.
-    /// NaN and infinities are fault 6.
+    /// The exact value of the double as far as 28 digits carry it, rounded half to even beyond
+    /// them. NaN and infinities are fault 6.
     static Decimal FromDouble(double value);
     /// digits[.digits] x 10^exponent, rounded half to even to 28 places and 96 bits.
     static Decimal FromDigits(bool negative, const std::string& digits, std::int64_t exponent);

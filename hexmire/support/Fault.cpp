@@ -14,17 +14,26 @@ Fault::Fault(std::int32_t number, std::string description)
 
 const char* FaultDescription(FaultNumber number) noexcept {
     switch (number) {
-        case FaultNumber::InvalidCall: return "Invalid procedure call or argument";
-        case FaultNumber::Overflow: return "Overflow";
-        case FaultNumber::OutOfMemory: return "Out of memory";
-        case FaultNumber::SubscriptOutOfRange: return "Subscript out of range";
-        case FaultNumber::DivisionByZero: return "Division by zero";
-        case FaultNumber::TypeMismatch: return "Type mismatch";
-        case FaultNumber::ObjectNotSet: return "Object variable or With block variable not set";
-        case FaultNumber::InvalidUseOfNull: return "Invalid use of Null";
+        case FaultNumber::InvalidCall:
+            return "Invalid procedure call or argument";
+        case FaultNumber::Overflow:
+            return "Overflow";
+        case FaultNumber::OutOfMemory:
+            return "Out of memory";
+        case FaultNumber::SubscriptOutOfRange:
+            return "Subscript out of range";
+        case FaultNumber::DivisionByZero:
+            return "Division by zero";
+        case FaultNumber::TypeMismatch:
+            return "Type mismatch";
+        case FaultNumber::ObjectNotSet:
+            return "Object variable or With block variable not set";
+        case FaultNumber::InvalidUseOfNull:
+            return "Invalid use of Null";
         case FaultNumber::MemberNotSupported:
             return "Object doesn't support this property or method";
-        case FaultNumber::AutomationError: return "Automation error";
+        case FaultNumber::AutomationError:
+            return "Automation error";
     }
     return "Automation error";
 }

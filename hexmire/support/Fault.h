@@ -8,17 +8,17 @@ namespace hexmire {
 
 /// Numbers of run-time faults. They reach the host as the code of an `Error` event, unchanged.
 enum class FaultNumber : std::int32_t {
-    InvalidCall = 5,          ///< "Invalid procedure call or argument": a text that cannot be cut, a
-                              ///< character code outside 0..255.
-    Overflow = 6,             ///< "Overflow": a number beyond the range of its kind.
-    OutOfMemory = 7,          ///< "Out of memory".
+    InvalidCall = 5,  ///< "Invalid procedure call or argument": a text that cannot be cut, a
+                      ///< character code outside 0..255.
+    Overflow = 6,     ///< "Overflow": a number beyond the range of its kind.
+    OutOfMemory = 7,  ///< "Out of memory".
     SubscriptOutOfRange = 9,  ///< "Subscript out of range": an index beyond an array or collection.
     DivisionByZero = 11,      ///< "Division by zero".
     TypeMismatch = 13,        ///< "Type mismatch": a text or kind that does not convert.
     ObjectNotSet = 91,        ///< "Object variable or With block variable not set".
     InvalidUseOfNull = 94,    ///< "Invalid use of Null".
-    MemberNotSupported = 438, ///< "Object doesn't support this property or method".
-    AutomationError = 440,    ///< "Automation error".
+    MemberNotSupported = 438,  ///< "Object doesn't support this property or method".
+    AutomationError = 440,     ///< "Automation error".
 };
 
 /// A run-time fault inside a routine of the library. It never leaves a public routine: each one

@@ -14,8 +14,8 @@ struct ItemHeader {
     std::uint32_t Length = 0;      ///< children of a list, value bytes of anything else
 };
 
-/// Reads the item head at `offset`. Returns the offset behind it, or 0 when the bytes end before the
-/// head is complete.
+/// Reads the item head at `offset`. Returns the offset behind it, or 0 when the bytes end before
+/// the head is complete.
 [[nodiscard]] constexpr std::size_t ReadItemHeader(std::span<const std::uint8_t> bytes,
                                                    std::size_t offset,
                                                    ItemHeader& header) noexcept {

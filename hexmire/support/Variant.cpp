@@ -121,11 +121,28 @@ const Variant::ArrayBox* Variant::Box() const noexcept {
 VariantKind Variant::Kind() const noexcept {
     using enum VariantKind;
     // In the order of Storage; the array row is refined below.
-    static constexpr std::array kKinds{Empty, Null,   Byte,   Integer, Long,      Single,    Double,
-                                       Boolean, VariantKind::Decimal, String, String, ByteArray,
-                                       ByteArray, VariantKind::Object};
-    static constexpr std::array kArrays{ByteArray,   BooleanArray, IntegerArray, LongArray,
-                                        SingleArray, DoubleArray,  DecimalArray, VariantArray};
+    static constexpr std::array kKinds{Empty,
+                                       Null,
+                                       Byte,
+                                       Integer,
+                                       Long,
+                                       Single,
+                                       Double,
+                                       Boolean,
+                                       VariantKind::Decimal,
+                                       String,
+                                       String,
+                                       ByteArray,
+                                       ByteArray,
+                                       VariantKind::Object};
+    static constexpr std::array kArrays{ByteArray,
+                                        BooleanArray,
+                                        IntegerArray,
+                                        LongArray,
+                                        SingleArray,
+                                        DoubleArray,
+                                        DecimalArray,
+                                        VariantArray};
     const ArrayBox* box = Box();
     return box == nullptr ? kKinds[value_.index()] : kArrays[box->Elements.index()];
 }
@@ -211,34 +228,52 @@ bool operator==(const Variant& left, const Variant& right) noexcept {
     if (kind != right.Kind()) return false;
     switch (kind) {
         case Empty:
-        case Null: return true;
-        case Byte: return left.AsByte() == right.AsByte();
-        case Integer: return left.AsInteger() == right.AsInteger();
-        case Long: return left.AsLong() == right.AsLong();
-        case Single: return left.AsSingle() == right.AsSingle();
-        case Double: return left.AsDouble() == right.AsDouble();
-        case Boolean: return left.AsBoolean() == right.AsBoolean();
-        case String: return left.Text() == right.Text();
-        case VariantKind::Decimal: return left.AsDecimal() == right.AsDecimal();
+        case Null:
+            return true;
+        case Byte:
+            return left.AsByte() == right.AsByte();
+        case Integer:
+            return left.AsInteger() == right.AsInteger();
+        case Long:
+            return left.AsLong() == right.AsLong();
+        case Single:
+            return left.AsSingle() == right.AsSingle();
+        case Double:
+            return left.AsDouble() == right.AsDouble();
+        case Boolean:
+            return left.AsBoolean() == right.AsBoolean();
+        case String:
+            return left.Text() == right.Text();
+        case VariantKind::Decimal:
+            return left.AsDecimal() == right.AsDecimal();
         case VariantKind::Object: {
             using Ref = std::shared_ptr<const Variant::ObjectBox>;
             return std::get<Ref>(left.value_)->Object == std::get<Ref>(right.value_)->Object;
         }
-        default: break;
+        default:
+            break;
     }
     if (left.LowerBound() != right.LowerBound()) return false;
     const auto same = [](const auto& a, const auto& b) {
         return std::equal(a.begin(), a.end(), b.begin(), b.end());
     };
     switch (kind) {
-        case ByteArray: return same(left.View<std::uint8_t>(), right.View<std::uint8_t>());
-        case BooleanArray: return same(left.View<bool>(), right.View<bool>());
-        case IntegerArray: return same(left.View<std::int16_t>(), right.View<std::int16_t>());
-        case LongArray: return same(left.View<std::int32_t>(), right.View<std::int32_t>());
-        case SingleArray: return same(left.View<float>(), right.View<float>());
-        case DoubleArray: return same(left.View<double>(), right.View<double>());
-        case DecimalArray: return same(left.View<hexmire::Decimal>(), right.View<hexmire::Decimal>());
-        default: return same(left.View<Variant>(), right.View<Variant>());
+        case ByteArray:
+            return same(left.View<std::uint8_t>(), right.View<std::uint8_t>());
+        case BooleanArray:
+            return same(left.View<bool>(), right.View<bool>());
+        case IntegerArray:
+            return same(left.View<std::int16_t>(), right.View<std::int16_t>());
+        case LongArray:
+            return same(left.View<std::int32_t>(), right.View<std::int32_t>());
+        case SingleArray:
+            return same(left.View<float>(), right.View<float>());
+        case DoubleArray:
+            return same(left.View<double>(), right.View<double>());
+        case DecimalArray:
+            return same(left.View<hexmire::Decimal>(), right.View<hexmire::Decimal>());
+        default:
+            return same(left.View<Variant>(), right.View<Variant>());
     }
 }
 

@@ -43,41 +43,43 @@ class Variant;
 
 /// The eight element types that an array can have. Booleans lie as one byte each, 0 or 1.
 template <class T>
-concept VariantElement =
-    std::same_as<T, std::uint8_t> || std::same_as<T, bool> || std::same_as<T, std::int16_t> ||
-    std::same_as<T, std::int32_t> || std::same_as<T, float> || std::same_as<T, double> ||
-    std::same_as<T, Decimal> || std::same_as<T, Variant>;
+concept VariantElement = std::same_as<T, std::uint8_t> || std::same_as<T, bool> ||
+    std::same_as<T, std::int16_t> || std::same_as<T, std::int32_t> || std::same_as<T, float> ||
+    std::same_as<T, double> || std::same_as<T, Decimal> || std::same_as<T, Variant>;
 
-/// A tagged value: what item values, raw bytes and several arguments travel in. It is a value: copies
-/// are independent (long texts and arrays are shared unseen, for none can be changed in place).
+/// A tagged value: what item values, raw bytes and several arguments travel in. It is a value:
+/// copies are independent (long texts and arrays are shared unseen, for none can be changed in
+/// place).
 ///
-/// C++ numbers take these kinds: bool Boolean, uint8_t Byte, int8_t and int16_t Integer, int32_t and
-/// uint16_t Long, uint32_t and 64-bit integers Decimal, float Single, double Double; texts String.
+/// C++ numbers take these kinds: bool Boolean, uint8_t Byte, int8_t and int16_t Integer, int32_t
+/// and uint16_t Long, uint32_t and 64-bit integers Decimal, float Single, double Double; texts
+/// String.
 class Variant {
 public:
     Variant() noexcept = default;  ///< Empty
     template <std::same_as<bool> T>
     Variant(T value) noexcept : value_(Truth{value}) {}  // NOLINT(google-explicit-constructor)
     template <std::integral T>
-        requires(!std::same_as<T, bool> && !std::same_as<T, char> && !std::same_as<T, wchar_t> &&
-                 !std::same_as<T, char8_t> && !std::same_as<T, char16_t> &&
-                 !std::same_as<T, char32_t>)
-    Variant(T value) noexcept : value_(FromInteger(value)) {}  // NOLINT(google-explicit-constructor)
-    Variant(float value) noexcept : value_(value) {}           // NOLINT(google-explicit-constructor)
-    Variant(double value) noexcept : value_(value) {}          // NOLINT(google-explicit-constructor)
-    Variant(const Decimal& value) noexcept : value_(value) {}  // NOLINT(google-explicit-constructor)
-    Variant(std::string_view text);                            // NOLINT(google-explicit-constructor)
-    Variant(std::string&& text);                               // NOLINT(google-explicit-constructor)
-    Variant(const std::string& text)                           // NOLINT(google-explicit-constructor)
+    requires(!std::same_as<T, bool> && !std::same_as<T, char> && !std::same_as<T, wchar_t> &&
+             !std::same_as<T, char8_t> && !std::same_as<T, char16_t> && !std::same_as<T, char32_t>)
+        Variant(T value)
+    noexcept : value_(FromInteger(value)) {}           // NOLINT(google-explicit-constructor)
+    Variant(float value) noexcept : value_(value) {}   // NOLINT(google-explicit-constructor)
+    Variant(double value) noexcept : value_(value) {}  // NOLINT(google-explicit-constructor)
+    Variant(const Decimal& value) noexcept
+        : value_(value) {}            // NOLINT(google-explicit-constructor)
+    Variant(std::string_view text);   // NOLINT(google-explicit-constructor)
+    Variant(std::string&& text);      // NOLINT(google-explicit-constructor)
+    Variant(const std::string& text)  // NOLINT(google-explicit-constructor)
         : Variant(std::string_view(text)) {}
-    Variant(const char* text)                                  // NOLINT(google-explicit-constructor)
+    Variant(const char* text)  // NOLINT(google-explicit-constructor)
         : Variant(std::string_view(text)) {}
     template <VariantElement T>
-    Variant(std::vector<T> elements)                           // NOLINT(google-explicit-constructor)
+    Variant(std::vector<T> elements)  // NOLINT(google-explicit-constructor)
         : Variant(Array(std::move(elements))) {}
     /// An object reference; a null pointer is an object reference that refers to nothing.
     template <class T>
-    Variant(std::shared_ptr<T> object)                         // NOLINT(google-explicit-constructor)
+    Variant(std::shared_ptr<T> object)  // NOLINT(google-explicit-constructor)
         : Variant(FromObject(std::static_pointer_cast<void>(std::move(object)), typeid(T))) {}
     /// A pointer is never a Boolean.
     template <class T>
@@ -107,8 +109,8 @@ public:
     /// One element by its index, LowerBound() to UpperBound(); fault 9 outside, 13 for no array.
     [[nodiscard]] Variant Element(std::int32_t index) const;
 
-    /// The elements of an array of T (bool as bytes 0 and 1), the view living as long as this value;
-    /// empty for any other kind.
+    /// The elements of an array of T (bool as bytes 0 and 1), the view living as long as this
+    /// value; empty for any other kind.
     template <VariantElement T>
     [[nodiscard]] auto View() const noexcept
         -> std::span<const std::conditional_t<std::same_as<T, bool>, std::uint8_t, T>>;

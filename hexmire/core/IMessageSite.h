@@ -1,0 +1,15 @@
+#pragma once
+
+#include <hexmire/support/CLogFile.h>
+#include <hexmire/support/IErrorSink.h>
+
+namespace hexmire {
+
+/// What messages need of the control that made them: its errors and its message log.
+class IMessageSite : public IErrorSink {
+public:
+    /// The shared message log; nullptr while there is none.
+    [[nodiscard]] virtual CLogFile* Log() noexcept = 0;
+};
+
+}  // namespace hexmire

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <hexmire/core/SECSItem.h>
+
+#include <memory>
+#include <vector>
+
+namespace hexmire::detail {
+
+/// Members of SECSItem that only the library uses.
+class SECSItemAccess {
+public:
+    using ChildList = SECSItem::ChildList;
+
+    static void ItemIndex(SECSItem& item, std::int32_t value) noexcept { item.SetItemIndex(value); }
+    static void Length(SECSItem& item, std::int32_t value) noexcept { item.length_ = value; }
+    static void Parent(SECSItem& item, const SECSItemPtr& parent) noexcept {
+        item.parent_ = parent;
+    }
+    static void Raw(SECSItem& item, Variant value) noexcept { item.raw_ = std::move(value); }
+    static void NLB(SECSItem& item, std::uint8_t value) noexcept { item.nlb_ = value; }
+    /// The children as they are now; shared with the item until it changes them. May be nullptr.
+    static std::shared_ptr<const ChildList> AllItems(const SECSItem& item) noexcept {
+        return item.children_;
+    }
+    /// Replaces the children.
+    static void AllItems(SECSItem& item, const ChildList& children);
+    static void TearDown(SECSItem& item) noexcept { item.TearDown(); }
+    static const SiteRef& Site(const SECSItem& item) noexcept { return item.site_; }
+    static const Variant& Value(const SECSItem& item) noexcept { return item.value_; }
+    static const Variant& Raw(const SECSItem& item) noexcept { return item.raw_; }
+};
+
+}  // namespace hexmire::detail

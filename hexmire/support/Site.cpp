@@ -1,0 +1,44 @@
+#include <hexmire/support/ProcessState.h>
+#include <hexmire/support/Site.h>
+
+#include <algorithm>
+
+namespace hexmire {
+
+SiteOwner::SiteOwner(IErrorSink& sink) : cell_(new detail::SiteCell{&sink, 1}), ref_(cell_) {}
+
+SiteOwner::~SiteOwner() {
+    cell_->Sink = nullptr;
+    std::erase(detail::State().PublishedSites, cell_);
+}
+
+void SiteOwner::Publish() {
+    auto& published = detail::State().PublishedSites;
+    std::erase(published, cell_);
+    published.push_back(cell_);
+}
+
+SiteRef LastPublishedSite() noexcept {
+    const auto& published = detail::State().PublishedSites;
+    if (published.empty()) return {};
+    ++published.back()->Uses;
+    return SiteRef(published.back());
+}
+
+SiteRef ServingSite(const SiteRef& site) noexcept {
+    return site.HasMaker() ? site : LastPublishedSite();
+}
+
+SiteScope::SiteScope(const SiteRef& site) noexcept
+    : site_(ServingSite(site)), outer_(detail::State().CurrentScope) {
+    detail::State().CurrentScope = this;
+}
+
+SiteScope::~SiteScope() { detail::State().CurrentScope = outer_; }
+
+SiteRef CurrentSite() noexcept {
+    const SiteScope* scope = detail::State().CurrentScope;
+    return scope == nullptr ? LastPublishedSite() : scope->Site();
+}
+
+}  // namespace hexmire

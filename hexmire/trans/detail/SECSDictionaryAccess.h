@@ -1,0 +1,29 @@
+#pragma once
+
+#include <hexmire/trans/SECSDictionary.h>
+
+#include <cstdint>
+#include <memory>
+
+namespace hexmire::detail {
+
+/// Members of SECSDictionary that only the library uses.
+class SECSDictionaryAccess {
+public:
+    using Entries = SECSDictionary::Entries;
+
+    /// The entries as they are now; shared with the dictionary until it changes them.
+    static std::shared_ptr<const Entries> AllItems(const SECSDictionary& dictionary) noexcept {
+        return dictionary.items_;
+    }
+    /// Adds an entry behind the last one; neither Index nor Parent of the entry is set.
+    static void Add(SECSDictionary& dictionary, const std::shared_ptr<SECSTrans>& entry);
+    /// Removes the entry at a 1-based position; fault 9 outside.
+    static void Remove(SECSDictionary& dictionary, std::int32_t position);
+    /// Sets the Index of every entry to its position.
+    static void Renumber(SECSDictionary& dictionary) noexcept { dictionary.RenumberFrom(0); }
+    /// Empties the collection; the entries keep their Parent.
+    static void TearDown(SECSDictionary& dictionary) noexcept;
+};
+
+}  // namespace hexmire::detail

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <hexmire/platform/IContainer.h>
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace hexmire::fakes {
+
+/// A container whose timer ticks when the test says so. Unload runs its callback at once unless
+/// HoldUnload is set; then it waits in Held.
+class RecordingContainer : public IContainer {
+public:
+    void StartTimer(std::chrono::milliseconds period, std::function<void()> tick) override {
+        ++Starts;
+        Period = period;
+        Tick_ = std::move(tick);
+    }
+    void StopTimer() override {
+        ++Stops;
+        Tick_ = nullptr;
+    }
+    void PropertyChanged(std::string_view name) override { Changed.emplace_back(name); }
+    void Unload(std::function<void()> callback) override {
+        ++Unloads;
+        if (HoldUnload) {
+            Held = std::move(callback);
+        } else {
+            callback();
+        }
+    }
+
+    /// One tick of the control's timer; nothing while it is stopped.
+    void Tick() {
+        const auto tick = Tick_;
+        if (tick) tick();
+    }
+    [[nodiscard]] bool TimerRuns() const { return static_cast<bool>(Tick_); }
+
+    std::vector<std::string> Changed;
+    std::chrono::milliseconds Period{0};
+    int Starts = 0;
+    int Stops = 0;
+    int Unloads = 0;
+    bool HoldUnload = false;
+    std::function<void()> Held;
+
+private:
+    std::function<void()> Tick_;
+};
+
+}  // namespace hexmire::fakes
