@@ -1,0 +1,88 @@
+# The commands of the project. `make` alone lists them.
+#
+# Settings: JOBS (parallel compilations), FUZZ_SECONDS (each target of `make fuzz`).
+JOBS ?= $(shell nproc)
+FUZZ_SECONDS ?= 60
+CHECK_FUZZ_SECONDS := 20
+
+.DEFAULT_GOAL := help
+.PHONY: help setup demo test check check-format check-layers check-words check-dev check-clang \
+        check-tidy check-fuzz bench fuzz coverage interop format clean
+
+help: ## List the targets
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-14s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
+
+setup: ## Install what is missing (Debian packages)
+	@scripts/setup
+
+demo: setup ## Build the program and show a host and an equipment talking
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS) --target hexmire
+	build/release/apps/hexmire/hexmire demo
+
+test: setup ## Build with optimisation and run every test
+	@cmake --preset release >/dev/null
+	cmake --build --preset release -j $(JOBS)
+	ctest --preset release -j $(JOBS)
+
+check: check-format check-layers check-words check-dev check-clang check-tidy check-fuzz ## Everything that a change must pass
+	@echo "check: format, layers, words, tests with GCC and Clang under ASan and UBSan, tidy and short fuzzing passed"
+
+check-format: ## Compare every C++ file with .clang-format
+	@scripts/setup check
+	@git ls-files -z '*.cpp' '*.h' | xargs -0 -r clang-format --dry-run --Werror
+
+check-layers: ## Look for includes that point up the layers
+	@scripts/check-layers
+
+check-words: ## Look for words that mean nothing to a reader of this repository
+	@scripts/check-words
+
+check-dev: ## Run the tests under ASan and UBSan, built with GCC
+	@cmake --preset dev >/dev/null
+	cmake --build --preset dev -j $(JOBS)
+	ctest --preset dev -j $(JOBS)
+
+check-clang: ## The same, built with Clang
+	@scripts/setup check
+	@cmake --preset dev-clang >/dev/null
+	cmake --build --preset dev-clang -j $(JOBS)
+	ctest --preset dev-clang -j $(JOBS)
+
+check-tidy: ## Run clang-tidy over every source file
+	@scripts/setup check
+	@cmake --preset dev-clang >/dev/null
+	scripts/tidy build/dev-clang $(JOBS)
+
+check-fuzz: ## Run every fuzz target for a short time
+	@$(MAKE) --no-print-directory fuzz FUZZ_SECONDS=$(CHECK_FUZZ_SECONDS)
+
+fuzz: ## Run every fuzz target for FUZZ_SECONDS
+	@scripts/setup check
+	@cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz -j $(JOBS)
+	scripts/fuzz build/fuzz $(FUZZ_SECONDS)
+
+bench: ## Run the benchmarks and print the ratios that matter
+	@scripts/setup bench
+	@cmake --preset bench >/dev/null
+	cmake --build --preset bench -j $(JOBS)
+	benchmarks/run build/bench
+
+coverage: setup ## Run the tests with counters and print line coverage by folder
+	@cmake --preset coverage >/dev/null
+	cmake --build --preset coverage -j $(JOBS)
+	ctest --preset coverage -j $(JOBS)
+	scripts/coverage build/coverage
+
+interop: setup ## Run the program against a second, independent HSMS peer
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS) --target hexmire
+	python3 tests/interop/run.py build/release/apps/hexmire/hexmire
+
+format: ## Rewrite every C++ file as .clang-format says
+	@scripts/setup check
+	@git ls-files -z '*.cpp' '*.h' | xargs -0 -r clang-format -i
+
+clean: ## Remove everything that was built
+	rm -rf build
