@@ -6,6 +6,7 @@ FUZZ_SECONDS ?= 60
 CHECK_FUZZ_SECONDS := 20
 
 .DEFAULT_GOAL := help
+.NOTPARALLEL:
 .PHONY: help setup demo test check check-format check-layers check-words check-dev check-clang \
         check-tidy check-fuzz bench fuzz coverage interop format clean
 
@@ -38,7 +39,7 @@ check-layers: ## Look for includes that point up the layers
 check-words: ## Look for words that mean nothing to a reader of this repository
 	@scripts/check-words
 
-check-dev: ## Run the tests under ASan and UBSan, built with GCC
+check-dev: setup ## Run the tests under ASan and UBSan, built with GCC
 	@cmake --preset dev >/dev/null
 	cmake --build --preset dev -j $(JOBS)
 	ctest --preset dev -j $(JOBS)
