@@ -6,6 +6,7 @@
 #include <libxml/valid.h>
 #include <libxml/xmlerror.h>
 
+#include <cstddef>
 #include <limits>
 
 namespace hexmire {
@@ -47,6 +48,52 @@ struct FreeValidation {
     void operator()(xmlValidCtxt* context) const noexcept { xmlFreeValidCtxt(context); }
 };
 
+/// What the attributes of a file may amount to, and whether they did not. libxml2 limits how much
+/// entities grow in content only: in attributes a file could still ask for any amount of memory.
+struct AttributeBudget {
+    std::size_t Left = 0;
+    bool IsSpent = false;
+};
+
+/// Three bytes of UTF-8 for each byte of the file, whatever its encoding, and what entities add.
+std::size_t AttributeLimit(const std::string& bytes) {
+    constexpr std::size_t kEntityGrowth = std::size_t{16} * 1024 * 1024;
+    return 3 * bytes.size() + kEntityGrowth;
+}
+
+void StartElement(void* context,
+                  const xmlChar* name,
+                  const xmlChar* prefix,
+                  const xmlChar* uri,
+                  int namespaceCount,
+                  const xmlChar** namespaces,
+                  int attributeCount,
+                  int defaultedCount,
+                  const xmlChar** attributes) {
+    auto* parser = static_cast<xmlParserCtxt*>(context);
+    auto& budget = *static_cast<AttributeBudget*>(parser->_private);
+    for (int i = 0; i < attributeCount; ++i) {
+        constexpr int kFields = 5;  // local name, prefix, URI, begin and end of the value
+        const auto size =
+            static_cast<std::size_t>(attributes[kFields * i + 4] - attributes[kFields * i + 3]);
+        if (size > budget.Left) {
+            budget.IsSpent = true;
+            xmlStopParser(parser);
+            return;
+        }
+        budget.Left -= size;
+    }
+    xmlSAX2StartElementNs(context,
+                          name,
+                          prefix,
+                          uri,
+                          namespaceCount,
+                          namespaces,
+                          attributeCount,
+                          defaultedCount,
+                          attributes);
+}
+
 /// An entity that lies outside the file is declared as an empty one inside it, so that no path
 /// through the parser leads to a file or an address.
 void DeclareEntity(void* context,
@@ -69,6 +116,13 @@ void DeclareEntity(void* context,
     }
 }
 
+void ReadNoExternalSubset(void*, const xmlChar*, const xmlChar*, const xmlChar*) {}
+
+/// A NUL byte ends the text for the parser; whatever stands behind it was not looked at.
+bool ReadToTheEnd(const xmlParserCtxt& parser) {
+    return parser.input == nullptr || parser.input->cur == parser.input->end;
+}
+
 /// True when the file itself declares elements or attributes and refers to no DTD elsewhere, whose
 /// declarations would be missing.
 bool CarriesWholeDtd(const xmlDoc& document) {
@@ -80,6 +134,15 @@ bool CarriesWholeDtd(const xmlDoc& document) {
 bool IsValid(xmlDoc* document) {
     const std::unique_ptr<xmlValidCtxt, FreeValidation> validation(xmlNewValidCtxt());
     return validation != nullptr && xmlValidateDocument(validation.get(), document) == 1;
+}
+
+std::shared_ptr<xmlDoc> Parse(xmlParserCtxt& parser, const std::string& bytes) {
+    constexpr int kOptions =
+        XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_DTDATTR | XML_PARSE_COMPACT;
+    xmlDoc* tree = xmlCtxtReadMemory(
+        &parser, bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr, kOptions);
+    if (tree == nullptr) return nullptr;
+    return {tree, [](xmlDoc* ended) { xmlFreeDoc(ended); }};
 }
 
 void PrepareLibrary() {
@@ -96,22 +159,22 @@ ParsedXml ParseXml(const std::string& bytes) {
         return {.ErrorCode = XML_IO_EFBIG, .Root = nullptr};
 
     const ErrorCollector errors;
-    const std::unique_ptr<xmlParserCtxt, FreeContext> context(xmlNewParserCtxt());
-    if (context == nullptr) return {.ErrorCode = XML_ERR_NO_MEMORY, .Root = nullptr};
-    context->sax->entityDecl = &DeclareEntity;
-    xmlDoc* tree = xmlCtxtReadMemory(context.get(),
-                                     bytes.data(),
-                                     static_cast<int>(bytes.size()),
-                                     nullptr,
-                                     nullptr,
-                                     XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_COMPACT);
+    const std::unique_ptr<xmlParserCtxt, FreeContext> parser(xmlNewParserCtxt());
+    if (parser == nullptr) return {.ErrorCode = XML_ERR_NO_MEMORY, .Root = nullptr};
+    AttributeBudget budget{.Left = AttributeLimit(bytes)};
+    parser->_private = &budget;
+    parser->sax->entityDecl = &DeclareEntity;
+    parser->sax->externalSubset = &ReadNoExternalSubset;
+    parser->sax->startElementNs = &StartElement;
+
+    const std::shared_ptr<xmlDoc> tree = Parse(*parser, bytes);
+    if (budget.IsSpent) return {.ErrorCode = XML_ERR_ENTITY_LOOP, .Root = nullptr};
     if (tree == nullptr)
         return {.ErrorCode = errors.CodeOr(XML_ERR_INTERNAL_ERROR), .Root = nullptr};
-
-    std::shared_ptr<void> document(tree, [](xmlDoc* ended) { xmlFreeDoc(ended); });
-    if (CarriesWholeDtd(*tree) && !IsValid(tree))
+    if (!ReadToTheEnd(*parser)) return {.ErrorCode = XML_ERR_DOCUMENT_END, .Root = nullptr};
+    if (CarriesWholeDtd(*tree) && !IsValid(tree.get()))
         return {.ErrorCode = errors.CodeOr(XML_ERR_INTERNAL_ERROR), .Root = nullptr};
-    return {.ErrorCode = 0, .Root = XmlRoot(std::move(document))};
+    return {.ErrorCode = 0, .Root = XmlRoot(tree)};
 }
 
 }  // namespace hexmire
