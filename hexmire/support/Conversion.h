@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 /// Conversions of the variant type. Each throws Fault: 6 beyond the target's range (NaN and
 /// infinities included), 13 for a text or kind that does not convert, 94 for Null, 438 for an

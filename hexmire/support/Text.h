@@ -28,6 +28,8 @@ struct DecimalText {
     std::int64_t Exponent = 0;  ///< value = Digits x 10^Exponent
 };
 
+/// The decimal separator of the process's C locale.
+[[nodiscard]] std::string DecimalSeparator();
 /// Reads a whole text; fault 13 when it is not a decimal text.
 [[nodiscard]] DecimalText ParseDecimalText(std::string_view text);
 /// Nearest whole number, ties to even, exact for any number of digits; fault 6 beyond 64 bits.

@@ -113,6 +113,11 @@ std::shared_ptr<void> Variant::ObjectOf(const std::type_info& type) const {
     return box != nullptr && *(*box)->Type == type ? (*box)->Object : nullptr;
 }
 
+bool Variant::IsNothing() const noexcept {
+    const auto* box = std::get_if<std::shared_ptr<const ObjectBox>>(&value_);
+    return box != nullptr && (*box)->Object == nullptr;
+}
+
 const Variant::ArrayBox* Variant::Box() const noexcept {
     const auto* box = std::get_if<std::shared_ptr<const ArrayBox>>(&value_);
     return box == nullptr ? nullptr : box->get();

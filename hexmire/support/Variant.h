@@ -100,6 +100,8 @@ public:
     [[nodiscard]] bool IsArray() const noexcept { return Kind() >= VariantKind::ByteArray; }
     [[nodiscard]] bool IsString() const noexcept { return Kind() == VariantKind::String; }
     [[nodiscard]] bool IsObject() const noexcept { return Kind() == VariantKind::Object; }
+    /// True for an object reference that refers to nothing.
+    [[nodiscard]] bool IsNothing() const noexcept;
 
     /// Bounds of an array; fault 13 for anything else.
     [[nodiscard]] std::int32_t LowerBound() const;

@@ -24,6 +24,8 @@ public:
     /// Sets RawHex and Raw and decodes the bytes into the tree under the root. False after an
     /// unknown format code.
     static bool Parse(SECSMessage& message, std::span<const std::uint8_t> bytes);
+    /// The same without the line in the message log: for bytes that no link delivered.
+    static bool Decode(SECSMessage& message, std::span<const std::uint8_t> bytes);
     /// The message as SML text.
     static std::string ToSML(const SECSMessage& message, bool replyExpected);
     static const SiteRef& Site(const SECSMessage& message) noexcept { return message.site_; }
@@ -32,6 +34,10 @@ public:
         return message.rawHexBytes_;
     }
     static void CopyRawHex(SECSMessage& target, const SECSMessage& source);
+
+private:
+    static void TakeRawHex(SECSMessage& message, std::span<const std::uint8_t> bytes);
+    static bool DecodeTree(SECSMessage& message, std::span<const std::uint8_t> bytes);
 };
 
 }  // namespace hexmire::detail

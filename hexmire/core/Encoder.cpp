@@ -1,0 +1,264 @@
+#include <hexmire/core/ModGeneral.h>
+#include <hexmire/core/detail/Encoder.h>
+#include <hexmire/core/detail/SECSItemAccess.h>
+#include <hexmire/core/detail/SmlWriter.h>
+#include <hexmire/support/Conversion.h>
+#include <hexmire/support/Fault.h>
+#include <hexmire/support/Reporting.h>
+
+#include <bit>
+#include <concepts>
+#include <cstddef>
+#include <string>
+#include <type_traits>
+
+namespace hexmire::detail {
+
+namespace {
+
+using Access = SECSItemAccess;
+using Output = std::vector<std::uint8_t>;
+
+constexpr RoutineName kName{"SECSMessage", "lBuildSECSMessage"};
+constexpr std::size_t kLargestShortLength = 0xFF;
+constexpr std::size_t kLargestMediumLength = 0xFFFF;
+
+/// Format byte and length bytes, and what the item remembers of them. Of a length beyond 24 bits
+/// only the low ones go out.
+void WriteHead(Output& out, SECSItem& item, std::int32_t format, std::size_t length) {
+    const std::uint8_t nlb =
+        length <= kLargestShortLength ? 1 : (length <= kLargestMediumLength ? 2 : 3);
+    out.push_back(static_cast<std::uint8_t>(format * 4 | nlb));
+    for (int byte = nlb - 1; byte >= 0; --byte) {
+        out.push_back(static_cast<std::uint8_t>(length >> (byte * 8) & 0xFFU));
+    }
+    Access::NLB(item, nlb);
+    Access::Length(item, static_cast<std::int32_t>(length));
+}
+
+void KeepRaw(const Output& out, SECSItem& item, std::size_t start) {
+    Access::Raw(item, Variant::Bytes(std::span(out).subspan(start)));
+}
+
+void WriteText(Output& out, SECSItem& item, std::string_view text) {
+    WriteHead(out, item, FormatAscii, text.size());
+    const std::size_t start = out.size();
+    out.insert(out.end(), text.begin(), text.end());
+    if (!text.empty()) KeepRaw(out, item, start);
+}
+
+/// The low `width` bytes of a whole number, most significant first.
+template <std::size_t Width>
+void WriteLowBytes(Output& out, std::uint64_t bits) {
+    std::uint8_t bytes[Width];
+    for (std::size_t index = 0; index < Width; ++index) {
+        bytes[Width - 1 - index] = static_cast<std::uint8_t>(bits >> (index * 8) & 0xFFU);
+    }
+    out.insert(out.end(), bytes, bytes + Width);
+}
+
+template <class T>
+std::int32_t AsLong(const T& value) {
+    if constexpr (std::same_as<T, Variant>) {
+        return ToLong(value);
+    } else if constexpr (std::same_as<T, bool>) {
+        return value ? -1 : 0;
+    } else if constexpr (std::integral<T>) {
+        return value;
+    } else {
+        return ToLong(Variant(value));
+    }
+}
+
+// How one value of a format is written; each takes any element type or a Variant.
+struct WriteBoolean {
+    static constexpr std::size_t kWidth = 1;
+    void operator()(Output& out, const auto& value) const {
+        out.push_back(ToBoolean(Variant(value)) ? 0xFF : 0x00);
+    }
+};
+struct WriteBinary {
+    static constexpr std::size_t kWidth = 1;
+    void operator()(Output& out, const auto& value) const {
+        out.push_back(static_cast<std::uint8_t>(AsLong(value) & 0xFF));
+    }
+};
+template <std::size_t Width>
+struct WriteInteger {
+    static constexpr std::size_t kWidth = Width;
+    void operator()(Output& out, const auto& value) const {
+        WriteLowBytes<Width>(out, static_cast<std::uint32_t>(AsLong(value)));
+    }
+};
+template <std::size_t Width, bool Signed>
+struct WriteWide {
+    static constexpr std::size_t kWidth = Width;
+    void operator()(Output& out, const auto& value) const {
+        Decimal number = ToDecimal(Variant(value));
+        const bool negative = Signed && number.IsNegative();
+        if (negative) number = number.Negated();
+        const std::size_t start = out.size();
+        out.resize(start + Width);
+        const std::span<std::uint8_t> place = std::span(out).subspan(start);
+        lDecToByte(number, place, static_cast<std::int16_t>(Width));
+        if (negative) lToNInt(place);
+    }
+};
+struct WriteSingle {
+    static constexpr std::size_t kWidth = 4;
+    void operator()(Output& out, const auto& value) const {
+        WriteLowBytes<4>(out, std::bit_cast<std::uint32_t>(ToSingle(Variant(value))));
+    }
+};
+struct WriteDouble {
+    static constexpr std::size_t kWidth = 8;
+    void operator()(Output& out, const auto& value) const {
+        WriteLowBytes<8>(out, std::bit_cast<std::uint64_t>(ToDouble(Variant(value))));
+    }
+};
+
+template <VariantElement T>
+void WriteElements(Output& out, const Variant& array, auto write) {
+    for (const auto& element : array.View<T>()) {
+        if constexpr (std::same_as<T, bool>) {
+            write(out, element != 0);
+        } else {
+            write(out, element);
+        }
+    }
+}
+
+void WriteElementsOfAnyKind(Output& out, const Variant& array, auto write) {
+    switch (array.Kind()) {
+        case VariantKind::ByteArray:
+            return WriteElements<std::uint8_t>(out, array, write);
+        case VariantKind::BooleanArray:
+            return WriteElements<bool>(out, array, write);
+        case VariantKind::IntegerArray:
+            return WriteElements<std::int16_t>(out, array, write);
+        case VariantKind::LongArray:
+            return WriteElements<std::int32_t>(out, array, write);
+        case VariantKind::SingleArray:
+            return WriteElements<float>(out, array, write);
+        case VariantKind::DoubleArray:
+            return WriteElements<double>(out, array, write);
+        case VariantKind::DecimalArray:
+            return WriteElements<Decimal>(out, array, write);
+        default:
+            return WriteElements<Variant>(out, array, write);
+    }
+}
+
+/// Arrays count from index 0: what lies below a higher lower bound goes out as zero bytes.
+template <class Write>
+void WriteArray(Output& out, SECSItem& item, const Variant& array, Write write) {
+    const std::int32_t lowerBound = array.LowerBound();
+    const std::int64_t count = std::int64_t{array.UpperBound()} + 1;
+    const auto length = static_cast<std::size_t>(std::max<std::int64_t>(count, 0)) * Write::kWidth;
+    WriteHead(out, item, item.Format(), length);
+    if (lowerBound < 0) throw Fault(FaultNumber::SubscriptOutOfRange);
+    const std::size_t start = out.size();
+    out.reserve(start + length);
+    out.resize(start + static_cast<std::size_t>(lowerBound) * Write::kWidth);
+    WriteElementsOfAnyKind(out, array, write);
+    KeepRaw(out, item, start);
+}
+
+template <class Write>
+void WriteValue(Output& out, SECSItem& item, const Variant& value, Write write) {
+    if (value.IsArray()) {
+        WriteArray(out, item, value, write);
+        return;
+    }
+    WriteHead(out, item, item.Format(), Write::kWidth);
+    const std::size_t start = out.size();
+    write(out, value);
+    if constexpr (std::same_as<Write, WriteBoolean>) {
+        Access::Raw(item, std::int16_t{out.back()});
+    } else if constexpr (std::same_as<Write, WriteBinary>) {
+        Access::Raw(item, out.back());
+    } else {
+        KeepRaw(out, item, start);
+    }
+}
+
+bool HasNoValue(const Variant& value) { return value.IsEmpty() || value.IsNull(); }
+
+/// Anything but a list. The value is copied: an error on the way may run a handler that changes the
+/// item.
+void WriteItem(Output& out, SECSItem& item) {
+    const Variant value = Access::Value(item);
+    const std::int32_t format = item.Format();
+    const bool isText = format == FormatAscii || format == FormatVar;
+    if (HasNoValue(value)) {
+        WriteHead(out, item, isText ? static_cast<std::int32_t>(FormatAscii) : format, 0);
+        return;
+    }
+    switch (format) {
+        case FormatAscii:
+            return WriteText(out, item, ToText(value));
+        case FormatVar:
+            return WriteText(out, item, AnyFormatText(value));
+        case FormatBoolean:
+            return WriteValue(out, item, value, WriteBoolean());
+        case FormatBinary:
+            return WriteValue(out, item, value, WriteBinary());
+        case FormatI1:
+        case FormatU1:
+            return WriteValue(out, item, value, WriteInteger<1>());
+        case FormatI2:
+        case FormatU2:
+            return WriteValue(out, item, value, WriteInteger<2>());
+        case FormatI4:
+            return WriteValue(out, item, value, WriteInteger<4>());
+        case FormatI8:
+            return WriteValue(out, item, value, WriteWide<8, true>());
+        case FormatU4:
+            return WriteValue(out, item, value, WriteWide<4, false>());
+        case FormatU8:
+            return WriteValue(out, item, value, WriteWide<8, false>());
+        case FormatF4:
+            return WriteValue(out, item, value, WriteSingle());
+        case FormatF8:
+            return WriteValue(out, item, value, WriteDouble());
+        default:
+            return;
+    }
+}
+
+/// The children of a list that are still to be written.
+struct Step {
+    std::shared_ptr<const Access::ChildList> Children;
+    std::size_t Next = 0;
+};
+
+}  // namespace
+
+void lBuildSECSMessage(std::vector<std::uint8_t>& bytes, const SECSItemPtr& item) {
+    std::vector<Step> steps;  // In place of the machine's stack: lists nest to any depth.
+    const auto enter = [&](const SECSItemPtr& next) {
+        RunFreeRoutine(kName, [&] {
+            if (next == nullptr) throw Fault(FaultNumber::ObjectNotSet);
+            if (next->Format() != FormatList) {
+                WriteItem(bytes, *next);
+                return;
+            }
+            std::shared_ptr<const Access::ChildList> children = Access::AllItems(*next);
+            WriteHead(bytes, *next, FormatList, children == nullptr ? 0 : children->size());
+            if (children != nullptr) steps.push_back({std::move(children)});
+        });
+    };
+    enter(item);
+    while (!steps.empty()) {
+        Step& step = steps.back();
+        if (step.Next == step.Children->size()) {
+            steps.pop_back();
+        } else {
+            // The list of children may move while it grows; the children themselves stay.
+            const SECSItemPtr& child = (*step.Children)[step.Next++];
+            enter(child);
+        }
+    }
+}
+
+}  // namespace hexmire::detail

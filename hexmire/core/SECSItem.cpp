@@ -1,0 +1,271 @@
+#include <hexmire/core/ModGeneral.h>
+#include <hexmire/core/SECSItem.h>
+#include <hexmire/core/detail/SECSItemAccess.h>
+#include <hexmire/support/Fault.h>
+#include <hexmire/support/Reporting.h>
+#include <hexmire/support/Text.h>
+#include <hexmire/support/detail/ObjectMaker.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace hexmire {
+
+namespace {
+
+constexpr RoutineName Routine(const char* name) { return {"SECSItem", name}; }
+
+bool IsItemFormat(std::int32_t code) {
+    switch (code) {
+        case FormatList:
+        case FormatBinary:
+        case FormatBoolean:
+        case FormatAscii:
+        case FormatI8:
+        case FormatI1:
+        case FormatI2:
+        case FormatI4:
+        case FormatF8:
+        case FormatF4:
+        case FormatU8:
+        case FormatU1:
+        case FormatU2:
+        case FormatU4:
+        case FormatVar:
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+SECSItem::SECSItem(PassKey /*key*/, const SiteRef& site) : site_(site) {}
+
+SECSItem::~SECSItem() { TearDown(); }
+
+SnapshotIterator<SECSItem> SECSItem::begin() const { return SnapshotIterator<SECSItem>(children_); }
+
+std::string SECSItem::Description() const {
+    return texts_ == nullptr ? std::string() : texts_->Description;
+}
+
+void SECSItem::Description(std::string_view value) {
+    RunRoutine(site_, Routine("Let Description"), [&] {
+        if (!value.empty() || texts_ != nullptr) WritableTexts().Description = value;
+    });
+}
+
+std::string SECSItem::Name() const { return texts_ == nullptr ? std::string() : texts_->Name; }
+
+void SECSItem::Name(std::string_view value) {
+    RunRoutine(site_, Routine("Let Name"), [&] {
+        if (!value.empty() || texts_ != nullptr) WritableTexts().Name = value;
+    });
+}
+
+SECSItem::Texts& SECSItem::WritableTexts() {
+    if (texts_ == nullptr) texts_ = std::make_unique<Texts>();
+    return *texts_;
+}
+
+void SECSItem::Format(std::int32_t value) {
+    // An illegal code is told in the words of the root item: hosts know this code under 1001.
+    if (value == FormatList || (IsItemFormat(value) && !parent_.expired())) {
+        format_ = static_cast<std::uint8_t>(value);
+        return;
+    }
+    RunRoutine(
+        site_, Routine("Let Format"), [&] { ReportError(site_, Routine("Let Format"), 1001); });
+}
+
+std::int32_t SECSItem::ItemIndex() const noexcept { return parent_.expired() ? 1 : itemIndex_; }
+
+std::int32_t SECSItem::ItemCount() const noexcept {
+    return format_ == FormatList ? static_cast<std::int32_t>(ChildCount()) : 0;
+}
+
+std::int32_t SECSItem::Length() const noexcept {
+    return format_ == FormatList ? static_cast<std::int32_t>(ChildCount()) : length_;
+}
+
+void SECSItem::NLB(std::int32_t value) {
+    if (value >= 0 && value <= 3) {
+        nlb_ = static_cast<std::uint8_t>(value);
+        return;
+    }
+    RunRoutine(site_, Routine("Let NLB"), [&] { ReportError(site_, Routine("Let NLB"), 1003); });
+}
+
+void SECSItem::Value(Variant value) noexcept { value_ = std::move(value); }
+
+// --- Lookup
+// ---------------------------------------------------------------------------------------
+
+SECSItemPtr SECSItem::Item(const Variant& value) const {
+    SECSItemPtr found;
+    RunRoutine(site_, Routine("Get Item"), [&] { found = FindChild(value); });
+    return found;
+}
+
+SECSItemPtr SECSItem::FindChild(const Variant& value) const {
+    const auto fail = [this](std::int32_t code) {
+        ReportError(site_, Routine("Get Item"), code);
+        return SECSItemPtr();
+    };
+    if (ItemCount() == 0) return fail(1004);
+    const VariantKind kind = value.Kind();
+    if (kind == VariantKind::Integer || kind == VariantKind::Long) {
+        const std::int32_t index =
+            kind == VariantKind::Long ? value.AsLong() : std::int32_t{value.AsInteger()};
+        if (index < 1 || index > ItemCount()) return fail(1007);
+        return FindByIndex(index);
+    }
+    if (kind != VariantKind::String || value.Text().empty()) return fail(1008);
+    SECSItemPtr found = FindByName(value.Text());
+    return found != nullptr ? found : fail(1009);
+}
+
+SECSItemPtr SECSItem::FindByIndex(std::int32_t index) const {
+    // What counts is the stored index; while the children are numbered, it is the position.
+    if (childrenNumbered_) return (*children_)[static_cast<std::size_t>(index) - 1];
+    const auto found =
+        std::find_if(children_->begin(), children_->end(), [index](const SECSItemPtr& child) {
+            return child->itemIndex_ == index;
+        });
+    return found == children_->end() ? nullptr : *found;
+}
+
+SECSItemPtr SECSItem::FindByName(std::string_view name) const {
+    const auto found =
+        std::find_if(children_->begin(), children_->end(), [name](const SECSItemPtr& child) {
+            return child->texts_ != nullptr && EqualsIgnoringCase(child->texts_->Name, name);
+        });
+    return found == children_->end() ? nullptr : *found;
+}
+
+// --- Changes
+// --------------------------------------------------------------------------------------
+
+SECSItem::ChildList& SECSItem::WritableChildren() {
+    if (children_ == nullptr) {
+        children_ = std::make_shared<ChildList>();
+    } else if (children_.use_count() > 1) {
+        children_ = std::make_shared<ChildList>(*children_);
+    }
+    return *children_;
+}
+
+void SECSItem::RenumberFrom(std::size_t position) noexcept {
+    const std::size_t first = childrenNumbered_ ? position : 0;
+    for (std::size_t index = first; index < children_->size(); ++index) {
+        (*children_)[index]->itemIndex_ = static_cast<std::int32_t>(index) + 1;
+    }
+    childrenNumbered_ = true;
+}
+
+void SECSItem::AdoptChild(std::size_t position, SECSItemPtr child) {
+    ChildList& children = WritableChildren();
+    children.insert(children.begin() + static_cast<std::ptrdiff_t>(position), std::move(child));
+    RenumberFrom(position);
+}
+
+SECSItemPtr SECSItem::InsertChild(std::size_t position) {
+    SECSItemPtr child = detail::ObjectMaker::Make<SECSItem>(site_);
+    AdoptChild(position, child);
+    child->parent_ = weak_from_this();
+    return child;
+}
+
+SECSItemPtr SECSItem::AddNew(std::int32_t index) {
+    SECSItemPtr added;
+    RunRoutine(site_, Routine("AddNew"), [&] {
+        if (format_ != FormatList) {
+            ReportError(site_, Routine("AddNew"), 2002);
+        } else if (index < 1 || static_cast<std::size_t>(index) > ChildCount() + 1) {
+            ReportError(site_, Routine("AddNew"), 2003);
+        } else {
+            added = InsertChild(static_cast<std::size_t>(index) - 1);
+        }
+    });
+    return added;
+}
+
+Variant SECSItem::Delete() {
+    RunRoutine(site_, Routine("Delete"), [&] {
+        const SECSItemPtr parent = parent_.lock();
+        if (parent == nullptr) {
+            ReportError(site_, Routine("Delete"), 1079);
+            return;
+        }
+        const SECSItemPtr self = shared_from_this();  // The parent may hold the last reference.
+        if (itemIndex_ < 1 || static_cast<std::size_t>(itemIndex_) > parent->ChildCount()) {
+            throw Fault(FaultNumber::SubscriptOutOfRange);
+        }
+        const auto position = static_cast<std::size_t>(itemIndex_) - 1;
+        ChildList& siblings = parent->WritableChildren();
+        siblings.erase(siblings.begin() + static_cast<std::ptrdiff_t>(position));
+        parent->RenumberFrom(position);
+        parent_.reset();
+    });
+    return {};
+}
+
+Variant SECSItem::Duplicate() {
+    Variant result;
+    RunRoutine(site_, Routine("Duplicate"), [&] {
+        const SECSItemPtr parent = parent_.lock();
+        if (parent == nullptr) {
+            ReportError(site_, Routine("Duplicate"), 1133);
+            return;
+        }
+        SECSItemPtr copy = detail::ObjectMaker::Make<SECSItem>(site_);
+        copy->parent_ = parent;  // Before the copy: a root item could only become a list.
+        ModGeneral::CreateDuplicateItem(copy, shared_from_this());
+        if (itemIndex_ < 1 || static_cast<std::size_t>(itemIndex_) > parent->ChildCount()) {
+            throw Fault(FaultNumber::SubscriptOutOfRange);
+        }
+        parent->AdoptChild(static_cast<std::size_t>(itemIndex_), copy);
+        result = copy;
+    });
+    return result;
+}
+
+void SECSItem::SetItemIndex(std::int32_t value) noexcept {
+    if (value == itemIndex_) return;
+    itemIndex_ = value;
+    if (const SECSItemPtr parent = parent_.lock(); parent != nullptr) {
+        parent->childrenNumbered_ = false;
+    }
+}
+
+void detail::SECSItemAccess::AllItems(SECSItem& item, const ChildList& children) {
+    item.children_ = std::make_shared<ChildList>(children);
+    item.childrenNumbered_ = false;
+}
+
+// --- End
+// ------------------------------------------------------------------------------------------
+
+// Depth first without the machine's stack: a subtree may be a million lists deep. Every list is
+// emptied before the reference to its item goes, so that no destructor finds children of its own.
+void SECSItem::TearDown() noexcept {
+    if (children_ == nullptr) return;
+    RunRoutine(site_, Routine("TearDown"), [&] {
+        std::vector<SECSItemPtr> pending;
+        const auto takeChildren = [&pending](SECSItem& item) {
+            const std::shared_ptr<ChildList> children = std::exchange(item.children_, nullptr);
+            item.childrenNumbered_ = true;
+            if (children == nullptr) return;
+            pending.insert(pending.end(), children->begin(), children->end());
+        };
+        takeChildren(*this);
+        while (!pending.empty()) {
+            const SECSItemPtr item = std::move(pending.back());
+            pending.pop_back();
+            takeChildren(*item);
+        }
+    });
+}
+
+}  // namespace hexmire

@@ -1,0 +1,22 @@
+#include <hexmire/core/detail/SECSMessageAccess.h>
+#include <hexmire/sml.h>
+
+namespace hexmire {
+
+std::string RenderSml(const SECSMessage& message, bool replyExpected) {
+    return detail::SECSMessageAccess::ToSML(message, replyExpected);
+}
+
+std::vector<std::uint8_t> EncodeBody(SECSMessage& message) {
+    std::vector<std::uint8_t> bytes;
+    detail::SECSMessageAccess::Build(message, bytes);
+    return bytes;
+}
+
+DecodedBody DecodeBody(std::span<const std::uint8_t> bytes) {
+    DecodedBody decoded{New<SECSMessage>(), true};
+    if (!bytes.empty()) decoded.Ok = detail::SECSMessageAccess::Decode(*decoded.Message, bytes);
+    return decoded;
+}
+
+}  // namespace hexmire

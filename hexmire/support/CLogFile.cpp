@@ -1,0 +1,132 @@
+#include <hexmire/support/CLogFile.h>
+#include <hexmire/support/Reporting.h>
+#include <hexmire/support/Text.h>
+
+#include <array>
+#include <cstdio>
+#include <stdexcept>
+#include <utility>
+
+namespace hexmire {
+
+namespace {
+
+// A path's folder ends at its last separator; both kinds count, as on POSIX one stands for the
+// other.
+constexpr const char* kSeparators = "\\/";
+constexpr std::size_t kExtensionSize = 4;
+constexpr int kKeptDays = 360;
+
+std::string DayText(const std::chrono::year_month_day& date, char separator) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(),
+                  text.size(),
+                  "%04d%c%02u%c%02u",
+                  static_cast<int>(date.year()),
+                  separator,
+                  static_cast<unsigned>(date.month()),
+                  separator,
+                  static_cast<unsigned>(date.day()));
+    return text.data();
+}
+
+/// "hh:mm:ss.cc"; the hundredths are rounded on their own and never carried into the seconds.
+std::string TimeText(std::chrono::nanoseconds timeOfDay) {
+    using namespace std::chrono;
+    const hh_mm_ss parts(floor<milliseconds>(timeOfDay));
+    const auto fraction = timeOfDay - floor<seconds>(timeOfDay);
+    const auto hundredths = (fraction + milliseconds(5)) / milliseconds(10) % 100;
+    std::array<char, 32> text{};
+    std::snprintf(text.data(),
+                  text.size(),
+                  "%02d:%02d:%02d.%02d",
+                  static_cast<int>(parts.hours().count()),
+                  static_cast<int>(parts.minutes().count()),
+                  static_cast<int>(parts.seconds().count()),
+                  static_cast<int>(hundredths));
+    return text.data();
+}
+
+/// Failures of the log are nobody's errors: they end the routine and are dropped.
+template <class Body>
+void RunSilently(Body&& body) noexcept {
+    try {
+        std::forward<Body>(body)();
+    } catch (...) {
+    }
+}
+
+void Require(bool succeeded) {
+    if (!succeeded) throw std::runtime_error("file system");
+}
+
+}  // namespace
+
+CLogFile::CLogFile(IFileSystem& files, const IClock& clock, SiteRef site)
+    : files_(files),
+      clock_(clock),
+      site_(std::move(site)),
+      currentDay_(DayText(clock.Now().Date, '-')) {}
+
+void CLogFile::FileName(const std::string& name) {
+    RunSilently([&] {
+        if (name.empty()) return;
+        if (UpperCase(name).find(".LOG") == std::string::npos) {
+            ReportError(site_, {"CLogFile", "Let FileName"}, 2014);
+            return;
+        }
+        fileName_ = name;
+        DeleteBackup(folder_);
+    });
+}
+
+std::string CLogFile::Stem() const {
+    return fileName_.substr(0, fileName_.size() - kExtensionSize);
+}
+
+void CLogFile::DeleteBackup(const std::string& folder) {
+    RunSilently([&] {
+        // Without a folder the paths would lead to the file system's root.
+        if (folder.empty() || fileName_.empty()) return;
+        const std::string stem = Stem();
+        const std::size_t cut = stem.find_last_of(kSeparators);
+        const bool hasFolder = cut != std::string::npos;
+        const std::string listed = hasFolder ? stem.substr(0, cut) : "";
+        const std::string prefix = hasFolder ? stem.substr(cut + 1) : stem;
+        const auto today = std::chrono::sys_days{clock_.Now().Date};
+        for (const std::string& name : files_.ListFiles(listed, prefix, ".log")) {
+            const std::string path = folder + "\\" + name;
+            const auto modified = files_.ModifiedDate(path);
+            Require(modified.has_value());
+            if ((today - std::chrono::sys_days{*modified}).count() > kKeptDays) {
+                Require(files_.DeleteFile(path));
+            }
+        }
+    });
+}
+
+void CLogFile::PrepareFolder() {
+    const std::size_t cut = fileName_.find_last_of(kSeparators);
+    if (cut != std::string::npos) folder_ = fileName_.substr(0, cut);
+    if (!folder_.empty() && !files_.IsDirectory(folder_)) {
+        Require(files_.CreateDirectory(folder_));
+    }
+}
+
+void CLogFile::WriteLog(std::string_view text) {
+    RunSilently([&] {
+        if (fileName_.empty()) return;
+        PrepareFolder();
+        const ClockReading now = clock_.Now();
+        const std::string day = DayText(now.Date, '-');
+        if (day != currentDay_) {
+            DeleteBackup(folder_);
+            currentDay_ = day;
+        }
+        std::string line = DayText(now.Date, '/') + " " + TimeText(now.TimeOfDay) + " ";
+        line.append(text).append("\r\n");
+        files_.Append(Stem() + "_" + day + ".log", line);
+    });
+}
+
+}  // namespace hexmire

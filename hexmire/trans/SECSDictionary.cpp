@@ -1,0 +1,123 @@
+#include <hexmire/support/Fault.h>
+#include <hexmire/support/Reporting.h>
+#include <hexmire/support/detail/ObjectMaker.h>
+#include <hexmire/trans/SECSDictionary.h>
+#include <hexmire/trans/detail/SECSDictionaryAccess.h>
+#include <hexmire/trans/detail/SECSTransAccess.h>
+
+#include <algorithm>
+
+namespace hexmire {
+
+namespace {
+
+constexpr RoutineName Routine(const char* name) { return {"SECSDictionary", name}; }
+
+}  // namespace
+
+SECSDictionary::SECSDictionary(PassKey /*key*/, const SiteRef& site)
+    : items_(std::make_shared<Entries>()), site_(site) {}
+
+SECSDictionary::~SECSDictionary() = default;
+
+SnapshotIterator<hexmire::SECSTrans> SECSDictionary::begin() const {
+    return SnapshotIterator<hexmire::SECSTrans>(items_);
+}
+
+void SECSDictionary::Description(std::string_view value) {
+    RunRoutine(site_, Routine("Let Description"), [&] { description_ = value; });
+}
+
+std::int32_t SECSDictionary::TransCount() const noexcept {
+    return static_cast<std::int32_t>(items_->size());
+}
+
+SECSTransPtr SECSDictionary::SECSTrans(const Variant& value) const {
+    SECSTransPtr found;
+    RunRoutine(site_, Routine("Get SECSTrans"), [&] { found = FindTrans(value); });
+    return found;
+}
+
+SECSTransPtr SECSDictionary::FindTrans(const Variant& value) const {
+    const auto fail = [this](std::int32_t code) {
+        ReportError(site_, Routine("Get SECSTrans"), code);
+        return SECSTransPtr();
+    };
+    if (items_->empty()) return fail(1020);
+    switch (value.Kind()) {
+        case VariantKind::String: {
+            if (value.Text().empty()) return nullptr;
+            const auto found =
+                std::find_if(items_->begin(), items_->end(), [&](const SECSTransPtr& entry) {
+                    return entry->Name() == value.Text();
+                });
+            return found == items_->end() ? fail(1025) : *found;
+        }
+        case VariantKind::Integer:
+        case VariantKind::Long: {
+            const std::int32_t index = value.Kind() == VariantKind::Long
+                                           ? value.AsLong()
+                                           : std::int32_t{value.AsInteger()};
+            if (index < 1) return fail(1022);
+            if (index > TransCount()) return fail(1026);
+            return (*items_)[static_cast<std::size_t>(index) - 1];
+        }
+        default:
+            return fail(1024);
+    }
+}
+
+SECSTransPtr SECSDictionary::AddNewTrans(std::int32_t index) {
+    const SiteScope scope(site_);
+    SECSTransPtr added;
+    RunRoutine(site_, Routine("AddNewTrans"), [&] {
+        SECSTransPtr trans = detail::ObjectMaker::Make<hexmire::SECSTrans>(site_);
+        if (index < 1 || index > TransCount() + 1) {
+            ReportError(site_, Routine("AddNewTrans"), 2004);
+            return;
+        }
+        const auto position = static_cast<std::size_t>(index) - 1;
+        Entries& entries = WritableItems();
+        entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(position), trans);
+        // Every change leaves the entries numbered, so those in front still are.
+        RenumberFrom(position);
+        detail::SECSTransAccess::Parent(*trans, shared_from_this());
+        added = std::move(trans);
+    });
+    return added;
+}
+
+SECSDictionary::Entries& SECSDictionary::WritableItems() {
+    if (items_.use_count() > 1) items_ = std::make_shared<Entries>(*items_);
+    return *items_;
+}
+
+void SECSDictionary::RenumberFrom(std::size_t position) noexcept {
+    for (std::size_t index = position; index < items_->size(); ++index) {
+        detail::SECSTransAccess::Index(*(*items_)[index], static_cast<std::int32_t>(index) + 1);
+    }
+}
+
+namespace detail {
+
+void SECSDictionaryAccess::Add(SECSDictionary& dictionary, const SECSTransPtr& entry) {
+    dictionary.WritableItems().push_back(entry);
+}
+
+void SECSDictionaryAccess::Remove(SECSDictionary& dictionary, std::int32_t position) {
+    if (position < 1 || position > dictionary.TransCount()) {
+        throw Fault(FaultNumber::SubscriptOutOfRange);
+    }
+    auto& entries = dictionary.WritableItems();
+    entries.erase(entries.begin() + (position - 1));
+}
+
+void SECSDictionaryAccess::TearDown(SECSDictionary& dictionary) noexcept {
+    RunRoutine(dictionary.site_, Routine("TearDown"), [&] {
+        dictionary.items_ = std::make_shared<SECSDictionary::Entries>();
+    });
+}
+
+}  // namespace detail
+
+}  // namespace hexmire
