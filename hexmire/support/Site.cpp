@@ -7,7 +7,9 @@ namespace hexmire {
 
 SiteOwner::SiteOwner(IErrorSink& sink) : cell_(new detail::SiteCell{&sink, 1}), ref_(cell_) {}
 
-SiteOwner::~SiteOwner() {
+SiteOwner::~SiteOwner() { Release(); }
+
+void SiteOwner::Release() noexcept {
     cell_->Sink = nullptr;
     std::erase(detail::State().PublishedSites, cell_);
 }

@@ -59,6 +59,8 @@ public:
 
     /// A handle for an object that this control makes.
     [[nodiscard]] const SiteRef& Ref() const noexcept { return ref_; }
+    /// Empties every handle; the control ends.
+    void Release() noexcept;
     /// Makes this control the one that serves free routines and objects without a maker, until it
     /// ends or another one is published.
     void Publish();
