@@ -95,8 +95,8 @@ Decimal Decimal::FromDigits(bool negative, const std::string& digits, std::int64
     // Drop digits until at most 28 are behind the point and the rest fits 96 bits; each try starts
     // from all digits, for rounding twice is wrong.
     constexpr std::int64_t kMaxPlaces = kMaxScale;
-    for (std::int64_t places = std::clamp<std::int64_t>(-exponent, 0, kMaxPlaces); places >= 0;
-         --places) {
+    const std::int64_t stated = -std::max(exponent, -kMaxPlaces);
+    for (std::int64_t places = std::max<std::int64_t>(stated, 0); places >= 0; --places) {
         const std::int64_t kept = size + exponent + places;
         if (kept < 0) return {};
         const auto count = static_cast<std::size_t>(kept);
