@@ -61,7 +61,7 @@ check-fuzz: ## Run every fuzz target for a short time
 fuzz: ## Run every fuzz target for FUZZ_SECONDS
 	@scripts/setup check
 	@cmake --preset fuzz >/dev/null
-	cmake --build --preset fuzz -j $(JOBS)
+	cmake --build --preset fuzz -j $(JOBS) --target fuzzers
 	scripts/fuzz build/fuzz $(FUZZ_SECONDS)
 
 bench: ## Run the benchmarks and print the ratios that matter

@@ -1,0 +1,22 @@
+// A message body as a peer may send it: decoding ends, and what was decoded encodes to bytes that
+// decode and encode to themselves.
+#include <hexmire/sml.h>
+
+#include "Require.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const auto first = hexmire::DecodeBody({data, size});
+    static_cast<void>(hexmire::RenderSml(*first.Message, true));
+    if (!first.Ok) return 0;
+
+    const std::vector<std::uint8_t> bytes = hexmire::EncodeBody(*first.Message);
+    const auto second = hexmire::DecodeBody(bytes);
+    hexmire::fuzz::Require(second.Ok, "encoded bytes decode");
+    hexmire::fuzz::Require(hexmire::EncodeBody(*second.Message) == bytes,
+                           "a decoded body encodes to the same bytes");
+    return 0;
+}
