@@ -1,0 +1,19 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace hexmire::program {
+
+/// What was asked did not happen: one line on the standard error, exit status 1.
+class Failure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What was asked cannot be understood: one line on the standard error, exit status 2.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+}  // namespace hexmire::program

@@ -1,0 +1,39 @@
+#include "Interrupt.h"
+
+#include <pthread.h>
+
+#include <csignal>
+
+namespace hexmire::program {
+
+namespace {
+
+sigset_t Signals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    return signals;
+}
+
+}  // namespace
+
+Interrupt::Interrupt(EventLoop& loop) {
+    const sigset_t signals = Signals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    watcher_ = std::thread([this, &loop] { Watch(loop); });
+}
+
+Interrupt::~Interrupt() {
+    ending_ = true;
+    pthread_kill(watcher_.native_handle(), SIGTERM);
+    watcher_.join();
+}
+
+void Interrupt::Watch(EventLoop& loop) {
+    const sigset_t signals = Signals();
+    for (int signal = 0; sigwait(&signals, &signal) == 0 && !ending_;)
+        loop.Post([this] { come_ = true; });
+}
+
+}  // namespace hexmire::program

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <hexmire/hosting/EventLoop.h>
+
+#include <atomic>
+#include <thread>
+
+namespace hexmire::program {
+
+/// Turns SIGINT and SIGTERM into an event of the loop, so that the program can end its link first.
+/// To be made before anything that starts a thread, and used on the loop's thread.
+class Interrupt {
+public:
+    /// The loop outlives this object.
+    explicit Interrupt(EventLoop& loop);
+    Interrupt(const Interrupt&) = delete;
+    Interrupt& operator=(const Interrupt&) = delete;
+    ~Interrupt();
+
+    /// True once one of the signals has come.
+    [[nodiscard]] bool HasCome() const noexcept { return come_; }
+
+private:
+    void Watch(EventLoop& loop);
+
+    bool come_ = false;  // The loop's thread alone touches it.
+    std::atomic<bool> ending_ = false;
+    std::thread watcher_;
+};
+
+}  // namespace hexmire::program

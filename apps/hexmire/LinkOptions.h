@@ -1,0 +1,54 @@
+#pragma once
+
+#include <hexmire/hexmire.h>
+
+#include "Endpoint.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace hexmire::program {
+
+enum class Role : std::uint8_t { Host, Equipment };
+
+/// What the command line tells about a link and the files that go with it.
+struct LinkOptions {
+    std::int32_t PortType = PortTypeHSMS_SS;
+    /// None: a host is active, an equipment passive.
+    std::optional<std::int32_t> Mode{};
+    std::optional<Endpoint> Local{};
+    std::optional<Endpoint> Remote{};
+    std::int32_t DeviceID = 0;
+    std::optional<std::int32_t> T3{}, T5{}, T6{}, T7{}, T8{};  ///< seconds; none: the control's own
+    bool SystemBytesCheck = false;
+    std::vector<std::string> AllowedCallers{};
+    /// Base name of the daily log; "": the control's own.
+    std::string Log{};
+    bool NoLog = false;
+    /// Path of the dictionary; "": it is searched for.
+    std::string Dictionary{};
+};
+
+/// Adds --log, --no-log and --dictionary, and all of a link's options.
+void AddFileOptions(CLI::App& command, LinkOptions& options);
+void AddLinkOptions(CLI::App& command, LinkOptions& options);
+
+/// The mode that a role has when none was given.
+[[nodiscard]] std::int32_t ModeOf(const LinkOptions& options, Role role);
+
+/// Throws UsageError when an address is missing that the mode needs.
+void CheckLinkOptions(const LinkOptions& options, Role role);
+
+/// The surroundings of the control: a link that stays open over the end of a connection.
+[[nodiscard]] PlatformOptions PlatformFor(const LinkOptions& options);
+
+/// Sets the control's properties.
+void Configure(Hexmire& control, const LinkOptions& options, Role role);
+
+}  // namespace hexmire::program

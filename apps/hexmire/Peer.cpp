@@ -1,0 +1,92 @@
+#include "Peer.h"
+
+#include "Failure.h"
+
+#include <algorithm>
+
+namespace hexmire::program {
+
+using namespace std::chrono_literals;
+
+Peer::Peer(EventLoop& loop, EventOutput& output, const LinkOptions& options, Role role)
+    : loop_(loop), output_(output), control_(loop.Platform(PlatformFor(options))) {
+    TakeEvents();
+    Configure(control_, options, role);
+}
+
+void Peer::TakeEvents() {
+    HexmireEvents& events = control_.Events();
+    events.Connect = [this] {
+        connected_ = true;
+        output_.Connect();
+    };
+    events.Disconnect = [this](std::int32_t code, const std::string& text) {
+        connected_ = false;
+        output_.Disconnect(code, text);
+        if (OnDisconnect) OnDisconnect(code);
+    };
+    events.Error = [this](std::int32_t code, const std::string& text, std::int32_t line) {
+        ++errors_;
+        lastError_ = std::to_string(code) + ' ' + text;
+        output_.Error(code, text, line);
+        if (OnError) OnError(code, text);
+    };
+    events.ReceivedPrimary = [this](const SECSTransPtr& trans, std::int32_t, const std::string&) {
+        Keep(*trans->Primary());
+        output_.Message(ReceivedPrimary(*trans));
+        if (OnPrimary) OnPrimary(trans);
+    };
+    events.ReceivedSecondary = [this](const SECSTransPtr& trans, std::int32_t, const std::string&) {
+        Keep(*trans->Secondary());
+        output_.Message(ReceivedSecondary(*trans));
+        if (OnSecondary) OnSecondary(trans);
+    };
+}
+
+void Peer::LoadDictionary(const std::string& path) {
+    constexpr std::int32_t kNotParsed = 2001;
+    control_.SECSDictionaryFile(path);
+    const std::uint64_t before = errors_;
+    control_.LoadXMLDictionary();
+    if (errors_ != before && control_.ErrorCode() == kNotParsed)
+        throw Failure("cannot read the dictionary " + path);
+}
+
+bool Peer::Send(const SECSTransPtr& trans) {
+    const std::uint64_t before = errors_;
+    trans->Send();
+    if (errors_ != before) return false;
+    output_.Message(SentPrimary(*trans));
+    return true;
+}
+
+bool Peer::Reply(const SECSTransPtr& trans) {
+    const std::uint64_t before = errors_;
+    trans->Reply();
+    if (errors_ != before) return false;
+    output_.Message(SentSecondary(*trans));
+    return true;
+}
+
+void Peer::Close() {
+    if (!control_.PortOpened()) return;
+    control_.ClosePort();
+    loop_.RunUntil([this] { return !connected_; }, 5s);
+}
+
+void Peer::Keep(const SECSMessage& message) {
+    constexpr std::size_t kKept = 10'000;
+    if (received_.size() == kKept) received_.pop_front();
+    received_.push_back({.Stream = message.Stream(), .Function = message.Func()});
+}
+
+bool Peer::TakeReceived(std::int32_t stream, std::int32_t function) {
+    const auto found = std::find_if(received_.begin(), received_.end(), [&](const Received& one) {
+        return one.Stream == stream && one.Function == function;
+    });
+    if (found == received_.end()) return false;
+    received_.erase(found);
+    return true;
+}
+
+}  // namespace hexmire::program

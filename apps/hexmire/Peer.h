@@ -1,0 +1,73 @@
+#pragma once
+
+#include <hexmire/hexmire.h>
+
+#include "EventOutput.h"
+#include "LinkOptions.h"
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <string>
+
+namespace hexmire::program {
+
+/// One side of a link: a control, its events shown as they come, and what a script asks about them.
+/// Texts are in ISO 8859-1.
+class Peer {
+public:
+    /// The loop and the output outlive the peer.
+    Peer(EventLoop& loop, EventOutput& output, const LinkOptions& options, Role role);
+    Peer(const Peer&) = delete;
+    Peer& operator=(const Peer&) = delete;
+
+    [[nodiscard]] Hexmire& Control() noexcept { return control_; }
+
+    /// Loads the dictionary file; throws Failure when it cannot be parsed.
+    void LoadDictionary(const std::string& path);
+
+    /// Between the control's Connect and Disconnect.
+    [[nodiscard]] bool IsConnected() const noexcept { return connected_; }
+
+    /// Sends the primary, or the secondary as a reply, and shows it. False when an error was raised
+    /// meanwhile: then it is not shown as sent.
+    bool Send(const SECSTransPtr& trans);
+    bool Reply(const SECSTransPtr& trans);
+
+    /// Closes the port, if it is open, and waits a few seconds at most for the end of the link, so
+    /// that the other side gets its Separate.
+    void Close();
+
+    /// Takes the oldest received message of this stream and function that was not taken yet; false
+    /// when there is none. The last 10 000 messages are kept.
+    bool TakeReceived(std::int32_t stream, std::int32_t function);
+
+    /// Text of the error that was raised last; "" before the first.
+    [[nodiscard]] const std::string& LastError() const noexcept { return lastError_; }
+
+    // Called after the event was shown; each may be empty.
+    std::function<void(const SECSTransPtr& trans)> OnPrimary;
+    std::function<void(const SECSTransPtr& trans)> OnSecondary;
+    std::function<void(std::int32_t code, const std::string& text)> OnError;
+    std::function<void(std::int32_t code)> OnDisconnect;
+
+private:
+    struct Received {
+        std::int32_t Stream = 0;
+        std::int32_t Function = 0;
+    };
+
+    void TakeEvents();
+    void Keep(const SECSMessage& message);
+
+    EventLoop& loop_;
+    EventOutput& output_;
+    Hexmire control_;
+    std::deque<Received> received_;
+    std::string lastError_;
+    std::uint64_t errors_ = 0;
+    bool connected_ = false;
+};
+
+}  // namespace hexmire::program

@@ -1,0 +1,75 @@
+#include "Program.h"
+
+#include "Failure.h"
+#include "commands/DemoCommand.h"
+#include "commands/PeerCommand.h"
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <string>
+
+namespace hexmire::program {
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kNotUnderstood = 2;
+
+void PrintVersion() { std::cout << "hexmire " << HEXMIRE_VERSION << std::endl; }
+
+int Report(std::string message, int status) {
+    std::replace(message.begin(), message.end(), '\n', ' ');
+    std::cerr << "hexmire: " << message << std::endl;
+    return status;
+}
+
+void AddPeer(CLI::App& program,
+             const std::string& name,
+             const std::string& description,
+             PeerOptions& options) {
+    CLI::App* command = program.add_subcommand(name, description);
+    AddPeerOptions(*command, options);
+    command->callback([&options] { RunPeer(options); });
+}
+
+}  // namespace
+
+int Run(int argc, const char* const* argv) {
+    CLI::App program("SECS-II messages between a factory host and its equipment", "hexmire");
+    program.set_version_flag("--version", std::string("hexmire ") + HEXMIRE_VERSION);
+    program.set_help_flag("-h,--help", "Print this help");
+    program.require_subcommand(1);
+
+    LinkOptions demo;
+    CLI::App* demoCommand = program.add_subcommand(
+        "demo", "Show a host and a simulated equipment talking over HSMS-SS in this process");
+    AddDemoOptions(*demoCommand, demo);
+    demoCommand->callback([&demo] { RunDemo(demo); });
+
+    PeerOptions host{.Side = Role::Host};
+    AddPeer(program, "host", "Be the host of a real link", host);
+    PeerOptions equipment{.Side = Role::Equipment};
+    AddPeer(program,
+            "equipment",
+            "Be a simulated equipment on a real link: every primary of the dictionary that expects "
+            "a reply gets one",
+            equipment);
+    program.add_subcommand("version", "Print the version")->callback(&PrintVersion);
+
+    try {
+        program.parse(argc, argv);
+        return 0;
+    } catch (const CLI::Success& asked) {
+        return program.exit(asked);  // Help and version.
+    } catch (const CLI::ParseError& error) {
+        return Report(std::string(error.what()) + " (see hexmire --help)", kNotUnderstood);
+    } catch (const UsageError& error) {
+        return Report(error.what(), kNotUnderstood);
+    } catch (const std::exception& error) {
+        return Report(error.what(), kFailed);
+    }
+}
+
+}  // namespace hexmire::program

@@ -1,0 +1,51 @@
+#include "SmlPrinter.h"
+
+#include <hexmire/hosting/Utf8.h>
+
+#include <string_view>
+#include <utility>
+
+namespace hexmire::program {
+
+namespace {
+
+/// The SML's lines, each one indented.
+std::string Indented(std::string_view sml) {
+    std::string text;
+    while (!sml.empty()) {
+        const std::size_t end = sml.find("\r\n");
+        text.append("    ").append(sml.substr(0, end)).push_back('\n');
+        sml.remove_prefix(end == std::string_view::npos ? sml.size() : end + 2);
+    }
+    return text;
+}
+
+}  // namespace
+
+SmlPrinter::SmlPrinter(std::ostream& out, std::string label, Detail detail)
+    : out_(out), label_(std::move(label)), detail_(detail) {}
+
+void SmlPrinter::Connect() { out_ << label_ << " connected" << std::endl; }
+
+void SmlPrinter::Disconnect(std::int32_t code, const std::string& text) {
+    out_ << label_ << " disconnected";
+    if (code != 0) out_ << ", " << code << ' ' << Utf8FromLatin1(text);
+    out_ << std::endl;
+}
+
+void SmlPrinter::Error(std::int32_t code, const std::string& text, std::int32_t line) {
+    out_ << label_ << " error " << code << ' ' << Utf8FromLatin1(text);
+    if (line != 0) out_ << " (line " << line << ')';
+    out_ << std::endl;
+}
+
+void SmlPrinter::Message(const MessageRecord& message) {
+    const bool sent = message.Kind == MessageKind::Sent;
+    out_ << label_ << (sent ? " sent " : " received ")
+         << StreamFunction(message.Stream, message.Function) << (message.ReplyExpected ? " W" : "")
+         << ", device ID " << message.DeviceID << ", system bytes " << message.SystemBytes << '\n';
+    if (!sent || detail_ == Detail::Everything) out_ << Utf8FromLatin1(Indented(message.Sml));
+    out_ << std::flush;
+}
+
+}  // namespace hexmire::program

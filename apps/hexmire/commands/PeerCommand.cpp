@@ -1,0 +1,75 @@
+#include "commands/PeerCommand.h"
+
+#include <hexmire/hosting/Utf8.h>
+
+#include "DictionaryFile.h"
+#include "EquipmentRole.h"
+#include "Failure.h"
+#include "Interrupt.h"
+#include "JsonEvents.h"
+#include "LineSource.h"
+#include "Peer.h"
+#include "ScriptRunner.h"
+#include "SmlPrinter.h"
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+#include <memory>
+#include <optional>
+
+namespace hexmire::program {
+
+namespace {
+
+std::unique_ptr<EventOutput> OutputFor(const PeerOptions& options) {
+    if (options.Json) return std::make_unique<JsonEvents>(std::cout);
+    return std::make_unique<SmlPrinter>(std::cout,
+                                        options.Side == Role::Host ? "host" : "equipment");
+}
+
+/// Keeps the port open until a signal comes.
+void Serve(EventLoop& loop, Peer& peer, const Interrupt& interrupt) {
+    Hexmire& control = peer.Control();
+    control.OpenPort();
+    while (control.PortOpened() && !interrupt.HasCome())
+        loop.RunUntil([&] { return !control.PortOpened() || interrupt.HasCome(); },
+                      std::chrono::nanoseconds::max());
+    if (!interrupt.HasCome())
+        throw Failure("the port has closed: " + Utf8FromLatin1(peer.LastError()));
+}
+
+}  // namespace
+
+void AddPeerOptions(CLI::App& command, PeerOptions& options) {
+    AddLinkOptions(command, options.Link);
+    command
+        .add_option("--script",
+                    options.Script,
+                    "Commands, one a line, '-' for the standard input: connect [SECONDS], send "
+                    "NAME, expect SxFy [SECONDS], wait SECONDS, disconnect, quit; '#' begins a "
+                    "comment. Without a script the link is served until SIGINT or SIGTERM")
+        ->type_name("FILE");
+    command.add_flag("--json", options.Json, "Write one JSON object a line for every event");
+}
+
+void RunPeer(const PeerOptions& options) {
+    CheckLinkOptions(options.Link, options.Side);
+    EventLoop loop;
+    const Interrupt interrupt(loop);
+    const std::unique_ptr<EventOutput> output = OutputFor(options);
+    Peer peer(loop, *output, options.Link, options.Side);
+    peer.LoadDictionary(FindDictionary(options.Link.Dictionary));
+    std::optional<EquipmentRole> equipment;
+    if (options.Side == Role::Equipment) equipment.emplace(peer);
+
+    struct CloseAtTheEnd {
+        Peer& Side;
+        ~CloseAtTheEnd() { Side.Close(); }
+    };
+    const CloseAtTheEnd closing{peer};
+    if (options.Script.empty()) return Serve(loop, peer, interrupt);
+    LineSource lines(loop, options.Script);
+    ScriptRunner(loop, peer, lines, interrupt).Run();
+}
+
+}  // namespace hexmire::program

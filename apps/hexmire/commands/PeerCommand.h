@@ -1,0 +1,27 @@
+#pragma once
+
+#include "LinkOptions.h"
+
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace hexmire::program {
+
+/// `hexmire host` and `hexmire equipment`: one side of a real link.
+struct PeerOptions {
+    Role Side = Role::Host;
+    LinkOptions Link{};
+    std::string Script{};  ///< "": none; "-": the standard input
+    bool Json = false;
+};
+
+void AddPeerOptions(CLI::App& command, PeerOptions& options);
+
+/// Runs the script, or serves the link until SIGINT or SIGTERM. Ends an open link with a Separate
+/// in every case. Throws Failure or UsageError.
+void RunPeer(const PeerOptions& options);
+
+}  // namespace hexmire::program
