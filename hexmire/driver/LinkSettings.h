@@ -65,7 +65,7 @@ struct LinkSettings {
     bool AutoReconnect = false;
     /// Numeric addresses that may call a passive port; empty: anybody.
     std::vector<std::string> AllowedCallers;
-    /// Quiet time after which a Linktest.req is sent [0..1 000 000] ms; 0: none is ever sent.
+    /// Quiet time after which a Linktest.req is sent [0..86 400 000] ms; 0: none is ever sent.
     Milliseconds LinktestInterval{30'000};
     /// Longest time that one frame may take to arrive [1..86 400 000] ms: it stops a peer that
     /// feeds one byte just within each T8.

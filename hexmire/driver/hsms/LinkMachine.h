@@ -1,0 +1,215 @@
+#pragma once
+
+#include <hexmire/driver/ILinkMachine.h>
+#include <hexmire/driver/LinkStatistics.h>
+#include <hexmire/driver/hsms/BodyCheck.h>
+#include <hexmire/driver/hsms/FrameParser.h>
+#include <hexmire/driver/hsms/OpenTransactions.h>
+#include <hexmire/driver/hsms/OutboundQueue.h>
+#include <hexmire/driver/hsms/SystemBytesMap.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace hexmire::hsms {
+
+/// Connection state model and receive pipeline of one HSMS link: port type 4, the single-session
+/// mode (SEMI E37.1), and port type 2, the general services with one session (SEMI E37). No socket,
+/// no clock: inputs in, actions out.
+///
+/// The rows of its state table are CLOSED, NOT CONNECTED, NOT SELECTED, SELECTED and ENDING, the
+/// last being the orderly end of a connection that this side closes.
+class LinkMachine final : public link::ILinkMachine {
+public:
+    /// Counts what it tolerates and refuses in `statistics`, which outlives it.
+    LinkMachine(const LinkSettings& settings, LinkStatistics& statistics);
+
+    void Open(link::TimePoint now) override;
+    void Close(link::TimePoint now) override;
+    [[nodiscard]] bool IsOpen() const override { return open_; }
+    void Configure(const LinkSettings& settings, link::TimePoint now) override;
+    void Send(std::span<const std::uint8_t> header,
+              std::span<const std::uint8_t> body,
+              link::TimePoint now) override;
+
+    void OnListening(link::TimePoint now) override;
+    void OnListenFailed(const link::SystemFailure& failure, link::TimePoint now) override;
+    void OnAcceptFailed(const link::SystemFailure& failure, link::TimePoint now) override;
+    void OnConnected(const link::Endpoints& endpoints, link::TimePoint now) override;
+    void OnConnectFailed(const link::SystemFailure& failure, link::TimePoint now) override;
+    void OnBytes(std::span<const std::uint8_t> bytes, link::TimePoint now) override;
+    void OnClosed(link::TimePoint now) override;
+    void OnLost(const link::SystemFailure& failure, link::TimePoint now) override;
+    void OnWritten(std::size_t count, link::TimePoint now) override;
+    void OnTimer(link::TimerId id, link::TimePoint now) override;
+    void OnConsumed(std::size_t count, link::TimePoint now) override;
+
+    void TakeActions(std::vector<link::Action>& into) override;
+    std::size_t Output(std::span<std::span<const std::uint8_t>> views) override;
+    [[nodiscard]] bool HasOutput() const override { return !queue_.IsEmpty(); }
+
+    /// Name of the present row of the state table.
+    [[nodiscard]] std::string_view StateName() const noexcept;
+
+private:
+    struct State;
+    using Next = const State*;  // nullptr: stay. The current state: leave it and enter it again.
+
+    /// Why a connection is over. Failures that this side has found are told by an Error of their
+    /// own; what the peer or the network did is told by Disconnect alone once the link was
+    /// selected.
+    struct Loss {
+        link::LinkError Code;
+        std::string Details;
+        bool FoundHere;
+    };
+    /// Our one open control request.
+    struct ControlRequest {
+        SType Type;
+        std::uint32_t SystemBytes;
+    };
+
+    // LinkStates.cpp: the table, and the one place that changes state
+    void Go(Next next);
+    void Expect(Next (*cell)(LinkMachine&));
+    void Lose(link::LinkError code, std::string details, bool foundHere);
+    void TimeOut(link::LinkError code, std::string details, LinkStatistics::Count& counter);
+    void Dispatch(const FrameHeader& header);
+    void DispatchTimer(link::TimerId id);
+
+    // LinkConnection.cpp: getting connected, and the end of connections
+    void BeginAttempt();
+    void BeginListening();
+    void BeginConnect();
+    void StopListening();
+    void DropConnection();
+    void EndSession(link::LinkError code, std::string_view details);
+    void BeginSelecting();
+    void BeginSession();
+    void BeginLinger();
+    [[nodiscard]] std::chrono::milliseconds RestOfT5() const;
+    [[nodiscard]] bool IsAllowed(const std::string& address) const;
+    static Next AfterLink(LinkMachine& link);
+    static Next Adopt(LinkMachine& link);
+    static Next AdoptOwn(LinkMachine& link);
+    static Next AdoptCaller(LinkMachine& link);
+    static Next AdoptCandidate(LinkMachine& link);
+    static Next RefuseSilently(LinkMachine& link);
+    static Next RefuseExtra(LinkMachine& link);
+    static Next RefuseExtraAndProbe(LinkMachine& link);
+    static Next ConnectFailed(LinkMachine& link);
+    static Next ConnectTimedOut(LinkMachine& link);
+    static Next SelectedTooLate(LinkMachine& link);
+    static Next LoseUnselected(LinkMachine& link, const Loss& loss);
+    static Next LoseSelected(LinkMachine& link, const Loss& loss);
+    static Next LoseEnding(LinkMachine& link, const Loss& loss);
+    static Next Separate(LinkMachine& link);
+    static Next LingerStep(LinkMachine& link);
+    static Next LingerOver(LinkMachine& link);
+
+    // LinkControl.cpp: control transactions of both sides
+    void SendControl(const FrameHeader& header);
+    void SendRequest(SType type);
+    [[nodiscard]] std::uint32_t NextSystemBytes() noexcept;
+    void FinishRequest();
+    void Reject(const FrameHeader& header, RejectReason reason, link::LinkError code);
+    [[nodiscard]] bool Answers(SType request, const FrameHeader& header) const;
+    [[nodiscard]] bool IsOurSession(const FrameHeader& header) const;
+    [[nodiscard]] std::uint16_t ControlSession() const;
+    static Next AcceptSelect(LinkMachine& link, const FrameHeader& header);
+    static Next RepeatSelect(LinkMachine& link, const FrameHeader& header);
+    static Next SelectAnswered(LinkMachine& link, const FrameHeader& header);
+    static Next LateSelectAnswered(LinkMachine& link, const FrameHeader& header);
+    static Next UnwantedResponse(LinkMachine& link, const FrameHeader& header);
+    static Next DeselectUnselected(LinkMachine& link, const FrameHeader& header);
+    static Next DeselectSelected(LinkMachine& link, const FrameHeader& header);
+    static Next AnswerLinktest(LinkMachine& link, const FrameHeader& header);
+    static Next LinktestAnswered(LinkMachine& link, const FrameHeader& header);
+    static Next IgnoreSeparate(LinkMachine& link, const FrameHeader& header);
+    static Next Separated(LinkMachine& link, const FrameHeader& header);
+    bool RejectsRequest(const FrameHeader& header);
+    static Next RejectedUnselected(LinkMachine& link, const FrameHeader& header);
+    static Next RejectedSelected(LinkMachine& link, const FrameHeader& header);
+    static Next LinktestDue(LinkMachine& link);
+
+    // LinkReceive.cpp: bytes in, the checks in their order, delivery
+    void OnFrame();
+    void ArmFrameTimers(bool sawFrame);
+    void StopFrameTimers();
+    void ArmReadTimers();
+    void UpdateReading();
+    [[nodiscard]] bool PassesFrameChecks(const FrameHeader& header);
+    [[nodiscard]] bool PassesDataChecks(const FrameHeader& header);
+    void MatchReply(const FrameHeader& header);
+    static Next DataUnselected(LinkMachine& link, const FrameHeader& header);
+    static Next Deliver(LinkMachine& link, const FrameHeader& header);
+
+    // LinkSend.cpp: data out, and errors
+    void RefuseSend(link::LinkError code,
+                    const FrameHeader& header,
+                    LinkStatistics::Count& counter);
+    void FrameWritten(OutFrame frame);
+    void StartRequestTimer();
+    void TellSent(const FrameHeader& header, std::vector<std::uint8_t> bytes);
+    bool TellEarly(std::uint32_t systemBytes);
+    void AbortQueue();
+    void Raise(link::LinkError code, std::string text);
+    void RaiseSummaries();
+
+    void Emit(link::Action action) { actions_.push_back(std::move(action)); }
+    void Start(link::TimerId id, std::chrono::milliseconds delay) {
+        Emit(link::StartTimer{id, delay});
+    }
+    void Stop(link::TimerId id) { Emit(link::StopTimer{id}); }
+
+    /// System bytes of our own control requests: above those of the control, below the substitutes.
+    static constexpr std::uint32_t kFirstRequest = 0x38000000;
+    static constexpr std::uint32_t kLastRequest = 0x3FFFFFFF;
+
+    static const State kClosed, kNotConnected, kNotSelected, kSelected, kEnding;
+
+    LinkSettings settings_;
+    LinkStatistics& statistics_;
+    const State* state_;
+    std::vector<link::Action> actions_;
+    link::ErrorLimiter limiter_;
+    link::TimePoint now_;  // of the input at work
+
+    // the port
+    bool open_ = false;
+    std::optional<link::Listen> listening_;
+    int listenFailure_ = 0;  // error number last told; the same one again is silent
+    std::optional<link::TimePoint> lastEnd_;  // of an attempt or a link; T5 counts from here
+    std::size_t waiting_ = 0;                 // received messages that the control has not yet had
+
+    // the connection, or the attempt at one
+    link::Endpoints candidate_;    // of the OnConnected at work
+    link::SystemFailure failure_;  // of the OnConnectFailed at work
+    bool connecting_ = false;
+    bool connected_ = false;
+    bool active_ = false;
+    bool singleSession_ = true;
+    bool greet_ = false;        // the connection is new: the active side has to select
+    bool sessionOpen_ = false;  // Connect has been raised, Disconnect not yet
+    bool shutDown_ = false;     // ENDING: everything is written, waiting for the peer's close
+    bool frameTimed_ = false;   // T8 and frame cap run
+    bool reading_ = true;       // false: paused until the control or the peer has caught up
+    bool stallTimed_ = false;   // the write-stall timer runs
+    link::Endpoints endpoints_;
+    std::optional<ControlRequest> request_;
+    bool requestHeld_ = false;  // its T6 waits for the frame in progress
+    std::uint32_t lastRequest_ = kLastRequest;
+    FrameParser parser_;
+    BodyCheck bodyCheck_;
+    OutboundQueue queue_;
+    OpenTransactions transactions_;
+    SystemBytesMap systemBytes_;
+};
+
+}  // namespace hexmire::hsms

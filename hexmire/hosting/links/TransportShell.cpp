@@ -1,0 +1,214 @@
+#include <hexmire/driver/hsms/LinkMachine.h>
+#include <hexmire/hosting/links/TransportShell.h>
+
+#include <asio/post.hpp>
+
+#include <algorithm>
+#include <utility>
+#include <variant>
+
+namespace hexmire {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr std::size_t kInputBytes = std::size_t{64} * 1024;
+/// Events raised in one turn of the loop; the others wait for the next, so that handlers which
+/// cause ever new events do not shut everybody else out.
+constexpr std::size_t kEventsPerTurn = 20'000;
+/// How long a message may wait for others to go out with it.
+constexpr auto kLongestHold = 500us;
+
+}  // namespace
+
+TransportDriver::Shell::Shell(asio::io_context& loop,
+                              SECSIServiceEvents& events,
+                              const LinkSettings& own)
+    : loop_(loop),
+      settings_(own),
+      machine_(std::make_unique<hsms::LinkMachine>(settings_, statistics_)),
+      events_(events),
+      timer_(loop),
+      resolver_(loop),
+      input_(std::make_unique_for_overwrite<std::uint8_t[]>(kInputBytes)) {}
+
+void TransportDriver::Shell::Open() {
+    Call([this](link::TimePoint now) { machine_->Open(now); });
+}
+
+void TransportDriver::Shell::Close() {
+    Call([this](link::TimePoint now) {
+        writesHeldUntil_.reset();
+        machine_->Close(now);
+    });
+}
+
+void TransportDriver::Shell::Send(std::span<const std::uint8_t> header,
+                                  const Variant& body,
+                                  std::int32_t length) {
+    Call([&](link::TimePoint now) {
+        const auto bytes = body.View<std::uint8_t>();
+        if (length < 0 || static_cast<std::size_t>(length) > bytes.size()) {
+            ++statistics_.MalformedSends;
+            return ReportInternal("message body shorter than its length");
+        }
+        machine_->Send(header, bytes.first(static_cast<std::size_t>(length)), now);
+    });
+}
+
+void TransportDriver::Shell::Destroy() noexcept {
+    if (events_.IsClosed()) return;
+    Close();
+    events_.Close();
+    Guard([this] {
+        CloseStream();
+        Do(link::CloseConnection{});
+        Do(link::StopListening{});
+        timers_.StopAll();
+        timer_.cancel();
+    });
+}
+
+// --- turns ---------------------------------------------------------------------------------------
+
+/// Performs what the machine asks, then writes what it offers.
+void TransportDriver::Shell::Settle(link::TimePoint now) {
+    PerformActions();
+    WriteOutput(now);
+    ArmTimer();
+    WaitForInput();
+}
+
+void TransportDriver::Shell::PerformActions() {
+    for (;;) {
+        machine_->TakeActions(batch_);
+        if (batch_.empty()) return;
+        for (link::Action& action : batch_) {
+            if (link::IsEvent(action)) {
+                events_.Push(std::move(action));
+            } else {
+                std::visit([this](const auto& one) { Do(one); }, action);
+            }
+        }
+    }
+}
+
+void TransportDriver::Shell::ReportInternal(const char* what) noexcept {
+    try {
+        ++statistics_.InternalFailures;
+        events_.Push(link::RaiseError{link::LinkError::Internal,
+                                      link::ErrorText(link::LinkError::Internal, what)});
+        ScheduleDelivery();
+    } catch (...) {
+        ++statistics_.InternalFailures;  // not even the report could be made
+    }
+}
+
+void TransportDriver::Shell::Do(const link::StartTimer& action) {
+    timers_.Start(action.Id, action.Delay, Now());
+}
+
+void TransportDriver::Shell::Do(const link::StopTimer& action) { timers_.Stop(action.Id); }
+
+// --- events --------------------------------------------------------------------------------------
+
+void TransportDriver::Shell::ScheduleDelivery() {
+    if (deliveryScheduled_ || delivering_ || events_.IsClosed()) return;
+    asio::post(loop_, [self = shared_from_this()] {
+        self->deliveryScheduled_ = false;
+        self->Deliver();
+    });
+    deliveryScheduled_ = true;
+}
+
+/// Held output goes out at the latest when the loop gets to run, be it inside a handler.
+void TransportDriver::Shell::ScheduleFlush() {
+    if (flushScheduled_) return;
+    asio::post(loop_, [self = shared_from_this()] {
+        self->flushScheduled_ = false;
+        self->writesHeldUntil_.reset();
+        self->Turn([](link::TimePoint) {});
+    });
+    flushScheduled_ = true;
+}
+
+void TransportDriver::Shell::Deliver() noexcept {
+    if (delivering_ || events_.IsClosed() || events_.IsEmpty()) return;
+    const auto self = shared_from_this();  // a handler may destroy the driver
+    delivering_ = true;
+    writesHeldUntil_ = Now() + kLongestHold;
+    DeliverSome();
+    writesHeldUntil_.reset();
+    delivering_ = false;
+    if (events_.IsClosed()) return;
+    Guard([this] {
+        const std::size_t consumed = events_.TakeConsumed();
+        Perform([&](link::TimePoint now) {
+            if (consumed > 0) machine_->OnConsumed(consumed, now);
+        });
+        if (!events_.IsEmpty()) ScheduleDelivery();
+    });
+}
+
+void TransportDriver::Shell::DeliverSome() {
+    for (std::size_t raised = 0; raised < kEventsPerTurn && !events_.IsEmpty(); ++raised) {
+        const bool internal = events_.IsInternalErrorNext();
+        try {
+            events_.RaiseNext();
+        } catch (...) {
+            // A handler must not throw. It is told once, not about its telling.
+            if (!internal) ReportInternal("exception in an event handler");
+        }
+        if (events_.IsClosed()) return;
+        if (machine_->HasOutput()) Guard([this] { WriteHeld(Now()); });
+    }
+}
+
+/// While events are being raised: writes what has been held long enough.
+void TransportDriver::Shell::WriteHeld(link::TimePoint now) {
+    if (!writesHeldUntil_ || now < *writesHeldUntil_) return;
+    writesHeldUntil_.reset();
+    Settle(now);
+    writesHeldUntil_ = now + kLongestHold;
+}
+
+// --- timers --------------------------------------------------------------------------------------
+
+/// Arms the loop's timer for the earliest deadline. It is not set back when a deadline moves away:
+/// then it expires once for nothing, which is cheaper than a system call at each restart.
+void TransportDriver::Shell::ArmTimer() {
+    const auto next = timers_.NextDeadline();
+    if (!next || (timerArmedFor_ && *timerArmedFor_ <= *next) || events_.IsClosed()) return;
+    timerArmedFor_ = next;
+    timer_.expires_at(*next);
+    timer_.async_wait([self = shared_from_this()](const asio::error_code& error) {
+        if (error || self->events_.IsClosed()) return;
+        self->timerArmedFor_.reset();
+        self->Turn([&](link::TimePoint) { self->RunDueTimers(); });
+    });
+}
+
+/// Whether the wait that this timer bounds may be over without our having looked.
+bool TransportDriver::Shell::TakesLateInput(link::TimerId id) const noexcept {
+    return (id == link::TimerId::T6 || id == link::TimerId::T8) && stream_ && !readingPaused_;
+}
+
+void TransportDriver::Shell::RunDueTimers() {
+    const link::TimePoint now = Now();
+    while (const auto id = timers_.NextDue(now)) {
+        if (TakesLateInput(*id) && ReadInput(now) > 0) {
+            // We were slow, not the peer.
+            ++statistics_.LateReads;
+            PerformActions();
+            if (timers_.IsDue(*id, now)) timers_.Restart(*id, now);
+            continue;
+        }
+        if (!timers_.IsDue(*id, now)) continue;  // the read has found the end of the connection
+        timers_.Stop(*id);
+        machine_->OnTimer(*id, now);
+        PerformActions();
+    }
+}
+
+}  // namespace hexmire

@@ -1,0 +1,169 @@
+#pragma once
+
+#include <hexmire/driver/ILinkMachine.h>
+#include <hexmire/driver/LinkStatistics.h>
+#include <hexmire/hosting/links/EventQueue.h>
+#include <hexmire/hosting/links/TimerQueue.h>
+#include <hexmire/hosting/links/TransportDriver.h>
+
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/steady_timer.hpp>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace hexmire {
+
+/// The hands of a link machine: sockets, timers, the clock, and the events to the control. It holds
+/// no protocol. Asio's handlers share its ownership, so that it outlives a driver that is destroyed
+/// inside its own event.
+///
+/// Each connection, or attempt at one, has a generation number; a handler of an older one does
+/// nothing.
+class TransportDriver::Shell : public std::enable_shared_from_this<TransportDriver::Shell> {
+public:
+    Shell(asio::io_context& loop, SECSIServiceEvents& events, const LinkSettings& own);
+
+    void Open();
+    void Close();
+    [[nodiscard]] bool IsOpen() const { return machine_->IsOpen(); }
+    void Send(std::span<const std::uint8_t> header, const Variant& body, std::int32_t length);
+    /// Takes a setting and tells the machine.
+    template <class Value>
+    void Set(Value LinkSettings::*field, const std::type_identity_t<Value>& value) {
+        Call([&](link::TimePoint now) {
+            settings_.*field = value;
+            machine_->Configure(settings_, now);
+        });
+    }
+    /// Closes everything at once; nothing is raised any more.
+    void Destroy() noexcept;
+
+    [[nodiscard]] const LinkSettings& Settings() const noexcept { return settings_; }
+    [[nodiscard]] const LinkStatistics& Statistics() const noexcept { return statistics_; }
+
+private:
+    using Tcp = asio::ip::tcp;
+    using Resolved = std::function<void(const asio::error_code&, std::vector<Tcp::endpoint>)>;
+
+    // TransportShell.cpp: turns, actions, timers, events
+    /// An input that comes from a call of the control: its events are raised later, by the loop.
+    template <class Input>
+    void Call(Input&& input) noexcept {
+        Guard([&] {
+            Perform(input);
+            if (!events_.IsEmpty()) ScheduleDelivery();
+        });
+    }
+    /// An input that comes from the loop: its events are raised once the turn has settled.
+    template <class Input>
+    void Turn(Input&& input) noexcept {
+        Guard([&] { Perform(input); });
+        Deliver();
+    }
+    /// Nothing that is thrown leaves the driver: it becomes an event.
+    template <class Work>
+    void Guard(Work&& work) noexcept {
+        try {
+            work();
+        } catch (const std::exception& failure) {
+            ReportInternal(failure.what());
+        } catch (...) {
+            ReportInternal("unknown exception");
+        }
+    }
+    template <class Input>
+    void Perform(Input&& input) {
+        const link::TimePoint now = Now();
+        input(now);
+        Settle(now);
+    }
+    void Settle(link::TimePoint now);
+    void PerformActions();
+    void ReportInternal(const char* what) noexcept;
+    void Deliver() noexcept;
+    void DeliverSome();
+    void WriteHeld(link::TimePoint now);
+    void ScheduleDelivery();
+    void ScheduleFlush();
+    void ArmTimer();
+    void RunDueTimers();
+    [[nodiscard]] bool TakesLateInput(link::TimerId id) const noexcept;
+    [[nodiscard]] static link::TimePoint Now() { return std::chrono::steady_clock::now(); }
+
+    void Do(const link::StartTimer& action);
+    void Do(const link::StopTimer& action);
+    void Do(const link::Listen& action);
+    void Do(const link::StopListening& action);
+    void Do(const link::ResumeAccepting& action);
+    void Do(const link::Connect& action);
+    void Do(const link::AdoptConnection& action);
+    void Do(const link::RefuseConnection& action);
+    void Do(const link::CloseConnection& action);
+    void Do(const link::ShutdownSend& action);
+    void Do(const link::PauseReading& action);
+    void Do(const link::ResumeReading& action);
+    template <class Other>
+    void Do(const Other&) {}  // events, and SendBytes: output is written when the turn settles
+
+    // ShellSockets.cpp: connections in the making
+    void Resolve(const std::string& address, std::uint16_t port, Resolved done);
+    void ListenAt(const asio::error_code& error, const std::vector<Tcp::endpoint>& endpoints);
+    void AcceptNext();
+    void ConnectNext();
+    void ConnectTo(const Tcp::endpoint& remote);
+    void FailConnect(const asio::error_code& error);
+    void OfferConnection(Tcp::socket socket);
+
+    // ShellStream.cpp: the live connection
+    void WaitForInput();
+    void WaitForRoom();
+    std::size_t ReadInput(link::TimePoint now);
+    void WriteOutput(link::TimePoint now);
+    void LoseStream(const asio::error_code& error, link::TimePoint now);
+    void CloseStream() noexcept;
+
+    asio::io_context& loop_;
+    LinkSettings settings_;
+    LinkStatistics statistics_;
+    std::unique_ptr<link::ILinkMachine> machine_;
+    link::EventQueue events_;
+    std::vector<link::Action> batch_;
+
+    link::TimerQueue timers_;
+    asio::steady_timer timer_;
+    std::optional<link::TimePoint> timerArmedFor_;
+
+    std::uint64_t generation_ = 0;        // of the connection
+    std::uint64_t listenGeneration_ = 0;  // of the listener
+    Tcp::resolver resolver_;
+    std::optional<Tcp::acceptor> acceptor_;
+    std::optional<Tcp::socket> connecting_;
+    std::vector<Tcp::endpoint> remotes_;  // still to try in this attempt, the next one last
+    std::optional<Tcp::endpoint> local_;  // to bind before connecting
+    std::optional<Tcp::socket> offered_;  // the machine is being asked about it
+    std::optional<Tcp::socket> stream_;
+    std::unique_ptr<std::uint8_t[]> input_;
+
+    bool delivering_ = false;
+    bool deliveryScheduled_ = false;
+    bool flushScheduled_ = false;
+    bool waitingForInput_ = false;
+    bool waitingForRoom_ = false;
+    bool readingPaused_ = false;
+    // While events are being raised, what their handlers send goes out together: when the last one
+    // has returned, but not later than this.
+    std::optional<link::TimePoint> writesHeldUntil_;
+};
+
+}  // namespace hexmire
