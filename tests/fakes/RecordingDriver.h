@@ -46,11 +46,11 @@ public:
     ~RecordingDriver() override { record_.Alive = false; }
 
     void OpenLink() override {
-        Note("OpenLink", "");
+        Note("OpenLink", std::string());
         record_.Status = true;
     }
     void CloseLink() override {
-        Note("CloseLink", "");
+        Note("CloseLink", std::string());
         record_.Status = false;
     }
     bool LinkStatus() override {
