@@ -71,21 +71,13 @@ void LinkMachine::OnListening(link::TimePoint now) {
 
 void LinkMachine::OnListenFailed(const link::SystemFailure& failure, link::TimePoint now) {
     now_ = now;
-    ++statistics_.ListenFailures;
-    if (!listening_) return;
-    if (failure.Number != listenFailure_) {
-        listenFailure_ = failure.Number;
-        Raise(LinkError::ListenFailed,
-              link::ErrorText(
-                  LinkError::ListenFailed,
-                  EndText(listening_->Address, listening_->Port) + ", " + FailureText(failure)));
-    }
-    listening_.reset();
-    Start(TimerId::T5, settings_.T5);
+    failure_ = failure;
+    Expect(state_->OnListenFailed);
 }
 
 void LinkMachine::OnAcceptFailed(const link::SystemFailure& failure, link::TimePoint now) {
     now_ = now;
+    if (!listening_) return;
     ++statistics_.AcceptFailures;
     Raise(LinkError::AcceptFailed, link::ErrorText(LinkError::AcceptFailed, FailureText(failure)));
     Start(TimerId::AcceptRetry, kAcceptRetry);
@@ -257,7 +249,23 @@ LinkMachine::Next LinkMachine::RefuseExtraAndProbe(LinkMachine& link) {
     return RefuseExtra(link);
 }
 
+LinkMachine::Next LinkMachine::ListenFailed(LinkMachine& link) {
+    if (!link.listening_) return nullptr;
+    ++link.statistics_.ListenFailures;
+    // A port in use is told once, then tried in silence until something else is wrong.
+    if (link.failure_.Number != std::exchange(link.listenFailure_, link.failure_.Number)) {
+        link.Raise(LinkError::ListenFailed,
+                   link::ErrorText(LinkError::ListenFailed,
+                                   EndText(link.listening_->Address, link.listening_->Port) + ", " +
+                                       FailureText(link.failure_)));
+    }
+    link.listening_.reset();
+    link.Start(TimerId::T5, link.settings_.T5);
+    return nullptr;
+}
+
 LinkMachine::Next LinkMachine::ConnectFailed(LinkMachine& link) {
+    if (!link.connecting_) return nullptr;
     ++link.statistics_.ConnectFailures;
     link.connecting_ = false;
     link.lastEnd_ = link.now_;

@@ -86,17 +86,19 @@ bool LinkMachine::IsOurSession(const FrameHeader& header) const {
 
 // --- Select --------------------------------------------------------------------------------------
 
+LinkMachine::Next LinkMachine::RefuseSelect(LinkMachine& link, const FrameHeader& header) {
+    ++link.statistics_.SelectsOfForeignSession;
+    link.SendControl(SelectResponse(header, SelectStatus::NoSuchEntity));
+    link.Raise(
+        LinkError::SelectRefusedByUs,
+        ErrorText(LinkError::SelectRefusedByUs,
+                  NumberText("status", static_cast<std::uint8_t>(SelectStatus::NoSuchEntity)),
+                  EncodeHeader(header)));
+    return nullptr;
+}
+
 LinkMachine::Next LinkMachine::AcceptSelect(LinkMachine& link, const FrameHeader& header) {
-    if (!link.IsOurSession(header)) {
-        ++link.statistics_.SelectsOfForeignSession;
-        link.SendControl(SelectResponse(header, SelectStatus::NoSuchEntity));
-        link.Raise(
-            LinkError::SelectRefusedByUs,
-            ErrorText(LinkError::SelectRefusedByUs,
-                      NumberText("status", static_cast<std::uint8_t>(SelectStatus::NoSuchEntity)),
-                      EncodeHeader(header)));
-        return nullptr;
-    }
+    if (!link.IsOurSession(header)) return RefuseSelect(link, header);
     if (link.active_) ++link.statistics_.SelectsFromPassiveSide;
     if (link.request_ && link.request_->Type == SType::SelectReq) {
         ++link.statistics_.SimultaneousSelects;
@@ -106,6 +108,7 @@ LinkMachine::Next LinkMachine::AcceptSelect(LinkMachine& link, const FrameHeader
 }
 
 LinkMachine::Next LinkMachine::RepeatSelect(LinkMachine& link, const FrameHeader& header) {
+    if (!link.IsOurSession(header)) return RefuseSelect(link, header);
     ++link.statistics_.SelectsWhileSelected;
     link.SendControl(SelectResponse(header, SelectStatus::AlreadyActive));
     return nullptr;

@@ -103,6 +103,7 @@ private:
     static Next RefuseSilently(LinkMachine& link);
     static Next RefuseExtra(LinkMachine& link);
     static Next RefuseExtraAndProbe(LinkMachine& link);
+    static Next ListenFailed(LinkMachine& link);
     static Next ConnectFailed(LinkMachine& link);
     static Next ConnectTimedOut(LinkMachine& link);
     static Next SelectedTooLate(LinkMachine& link);
@@ -122,6 +123,7 @@ private:
     [[nodiscard]] bool Answers(SType request, const FrameHeader& header) const;
     [[nodiscard]] bool IsOurSession(const FrameHeader& header) const;
     [[nodiscard]] std::uint16_t ControlSession() const;
+    static Next RefuseSelect(LinkMachine& link, const FrameHeader& header);
     static Next AcceptSelect(LinkMachine& link, const FrameHeader& header);
     static Next RepeatSelect(LinkMachine& link, const FrameHeader& header);
     static Next SelectAnswered(LinkMachine& link, const FrameHeader& header);
@@ -190,7 +192,7 @@ private:
 
     // the connection, or the attempt at one
     link::Endpoints candidate_;    // of the OnConnected at work
-    link::SystemFailure failure_;  // of the OnConnectFailed at work
+    link::SystemFailure failure_;  // of the OnConnectFailed or OnListenFailed at work
     bool connecting_ = false;
     bool connected_ = false;
     bool active_ = false;

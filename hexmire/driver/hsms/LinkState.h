@@ -21,6 +21,7 @@ struct LinkMachine::State {
     Cell OnReconfigured = nullptr;
     Cell OnConnected = nullptr;
     Cell OnConnectFailed = nullptr;
+    Cell OnListenFailed = nullptr;
     Cell OnWritten = nullptr;
     LossCell OnLost = nullptr;
 

@@ -24,7 +24,8 @@ const LinkMachine::State LinkMachine::kNotConnected{
     .OnReconfigured = [](LinkMachine& link) { return link.connecting_ ? nullptr : &kNotConnected; },
     .OnConnected = &Adopt,
     .OnConnectFailed = &ConnectFailed,
-    .OnT5 = [](LinkMachine&) { return &kNotConnected; },
+    .OnListenFailed = &ListenFailed,
+    .OnT5 = [](LinkMachine& link) { return link.connecting_ ? nullptr : &kNotConnected; },
     .OnConnectTimeout = &ConnectTimedOut,
 };
 
@@ -167,7 +168,8 @@ void LinkMachine::DispatchTimer(TimerId id) {
         case TimerId::WriteStall:
             return TimeOut(LinkError::WriteStalled, "", statistics_.WriteStalls);
         case TimerId::AcceptRetry:
-            return Emit(link::ResumeAccepting{});
+            if (listening_) Emit(link::ResumeAccepting{});
+            return;
         case TimerId::ErrorWindow:
             return RaiseSummaries();
     }

@@ -1,0 +1,215 @@
+// The link's small tables: open transactions, system bytes of two sizes, the queue, error windows.
+#include <hexmire/driver/ErrorLimiter.h>
+#include <hexmire/driver/hsms/OpenTransactions.h>
+#include <hexmire/driver/hsms/OutboundQueue.h>
+#include <hexmire/driver/hsms/SystemBytesMap.h>
+
+#include "../../fakes/HsmsRig.h"
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace hexmire::test {
+namespace {
+
+using namespace std::chrono_literals;
+using hsms::FrameHeader;
+using link::LinkError;
+using link::TimePoint;
+
+const TimePoint kStart{1h};
+
+FrameHeader Message(int stream, int function, std::uint32_t systemBytes) {
+    return {.Byte2 = static_cast<std::uint8_t>(stream),
+            .Byte3 = static_cast<std::uint8_t>(function),
+            .SystemBytes = systemBytes};
+}
+
+// --- open transactions ---------------------------------------------------------------------------
+
+TEST(OpenTransactions, AReplyFitsByStreamFunctionAndSystemBytes) {
+    hsms::OpenTransactions table;
+    table.Add(Message(1, 1, 7), kStart + 45s, kStart);
+    EXPECT_FALSE(table.EndByReply(Message(1, 2, 8), kStart));
+    EXPECT_FALSE(table.EndByReply(Message(1, 4, 7), kStart));
+    EXPECT_FALSE(table.EndByReply(Message(2, 2, 7), kStart));
+    EXPECT_TRUE(table.EndByReply(Message(1, 2, 7), kStart));
+    EXPECT_FALSE(table.EndByReply(Message(1, 2, 7), kStart)) << "it is over";
+}
+
+TEST(OpenTransactions, FunctionZeroAbortsTheTransaction) {
+    hsms::OpenTransactions table;
+    table.Add(Message(3, 17, 7), kStart + 45s, kStart);
+    EXPECT_TRUE(table.EndByReply(Message(3, 0, 7), kStart));
+}
+
+TEST(OpenTransactions, ATransactionIsForgottenAfterT3) {
+    hsms::OpenTransactions table;
+    table.Add(Message(1, 1, 7), kStart + 45s, kStart);
+    EXPECT_TRUE(table.IsOpen(7, kStart + 44999ms));
+    EXPECT_FALSE(table.IsOpen(7, kStart + 45s));
+    EXPECT_FALSE(table.EndByReply(Message(1, 2, 7), kStart + 45s));
+}
+
+TEST(OpenTransactions, ForgottenOnesDoNotPileUp) {
+    hsms::OpenTransactions table;
+    for (std::uint32_t count = 0; count < 100'000; ++count) {
+        const TimePoint now = kStart + count * 1s;
+        table.Add(Message(1, 1, count), now + 45s, now);
+    }
+    EXPECT_LT(table.Size(), 200U);
+}
+
+// --- system bytes --------------------------------------------------------------------------------
+
+TEST(SystemBytesMap, ThirtyOneBitsPassUnchanged) {
+    hsms::SystemBytesMap map;
+    EXPECT_EQ(map.Deliver(Message(1, 1, 0), kStart, 45s).SystemBytes, 0U);
+    EXPECT_EQ(map.Deliver(Message(1, 1, 0x3FFFFFFF), kStart, 45s).SystemBytes, 0x3FFFFFFFU);
+    EXPECT_EQ(map.Deliver(Message(1, 1, 0x7FFFFFFF), kStart, 45s).SystemBytes, 0x7FFFFFFFU);
+    EXPECT_EQ(map.Original(0x7FFFFFFF, kStart), 0x7FFFFFFFU);
+}
+
+TEST(SystemBytesMap, TheTopBitIsReplacedAndTheReplyFindsItsWayBack) {
+    hsms::SystemBytesMap map;
+    const auto first = map.Deliver(Message(1, 1, 0x80000000), kStart, 45s).SystemBytes;
+    const auto second = map.Deliver(Message(1, 1, 0xFFFFFFFF), kStart, 45s).SystemBytes;
+    EXPECT_GE(first, hsms::SystemBytesMap::kFirstSubstitute);
+    EXPECT_LE(first, hsms::SystemBytesMap::kLastSubstitute);
+    EXPECT_NE(first, second);
+    EXPECT_EQ(map.Original(first, kStart), 0x80000000U);
+    EXPECT_EQ(map.Original(second, kStart), 0xFFFFFFFFU);
+    map.Answered(first);
+    EXPECT_EQ(map.Original(first, kStart), first);
+}
+
+TEST(SystemBytesMap, ASubstituteIsNeverOneThatThePeerUsesItself) {
+    hsms::SystemBytesMap map;
+    std::set<std::uint32_t> used;
+    for (std::uint32_t count = 0; count < 100; ++count) {
+        const auto own = hsms::SystemBytesMap::kFirstSubstitute + count;
+        used.insert(map.Deliver(Message(1, 1, own), kStart, 45s).SystemBytes);
+        used.insert(map.Deliver(Message(1, 1, 0x90000000 + count), kStart, 45s).SystemBytes);
+    }
+    EXPECT_EQ(used.size(), 200U);
+}
+
+TEST(SystemBytesMap, ANonPrimaryIsReplacedWithoutAWayBack) {
+    hsms::SystemBytesMap map;
+    EXPECT_LT(map.Deliver(Message(1, 2, 0x80000001), kStart, 45s).SystemBytes, 0x80000000U);
+    EXPECT_EQ(map.Size(), 0U);
+}
+
+TEST(SystemBytesMap, WaysBackEndAfterT3) {
+    hsms::SystemBytesMap map;
+    const auto seen = map.Deliver(Message(1, 1, 0x80000000), kStart, 45s).SystemBytes;
+    EXPECT_EQ(map.Original(seen, kStart + 45s), seen);
+}
+
+TEST(SystemBytesMap, TheOldestWayBackIsGivenUpWhenTheTableIsFull) {
+    hsms::SystemBytesMap map;
+    const auto oldest = map.Deliver(Message(1, 1, 0x80000000), kStart, 45s).SystemBytes;
+    for (std::uint32_t count = 1; count < hsms::SystemBytesMap::kMaxEntries; ++count) {
+        EXPECT_FALSE(map.Deliver(Message(1, 1, 0x80000000 + count), kStart, 45s).ForgotOldest);
+    }
+    EXPECT_EQ(map.Original(oldest, kStart), 0x80000000U);
+    EXPECT_TRUE(map.Deliver(Message(1, 1, 0xA0000000), kStart, 45s).ForgotOldest);
+    EXPECT_EQ(map.Original(oldest, kStart), oldest);
+    EXPECT_EQ(map.Size(), hsms::SystemBytesMap::kMaxEntries);
+}
+
+TEST(SystemBytesMap, AnsweredEntriesLeaveRoomHoweverManyThereAre) {
+    hsms::SystemBytesMap map;
+    const auto waiting = map.Deliver(Message(1, 1, 0x80000000), kStart, 45s).SystemBytes;
+    for (std::uint32_t count = 1; count < 300'000; ++count) {
+        const auto seen = map.Deliver(Message(1, 1, 0x80000000 + count), kStart, 45s);
+        EXPECT_FALSE(seen.ForgotOldest);
+        map.Answered(seen.SystemBytes);
+    }
+    EXPECT_EQ(map.Original(waiting, kStart), 0x80000000U);
+}
+
+// --- outbound queue ------------------------------------------------------------------------------
+
+hsms::OutFrame Frame(std::uint32_t systemBytes, bool data) {
+    return {.What = data ? hsms::OutFrame::Kind::Data : hsms::OutFrame::Kind::Control,
+            .Header = Message(1, 1, systemBytes),
+            .Bytes = std::vector<std::uint8_t>(14, static_cast<std::uint8_t>(systemBytes))};
+}
+
+TEST(OutboundQueue, PartialWritesGiveFramesBackWholeAndInOrder) {
+    hsms::OutboundQueue queue;
+    queue.Push(Frame(1, true));
+    queue.Push(Frame(2, false));
+    std::array<std::span<const std::uint8_t>, 4> views;
+    EXPECT_EQ(queue.Offer(views), 2U);
+    queue.Advance(13);
+    EXPECT_FALSE(queue.TakeWritten());
+    EXPECT_EQ(queue.Offer(views), 2U);
+    EXPECT_EQ(views[0].size(), 1U);
+    queue.Advance(15);
+    EXPECT_EQ(queue.TakeWritten()->Header.SystemBytes, 1U);
+    EXPECT_EQ(queue.TakeWritten()->Header.SystemBytes, 2U);
+    EXPECT_FALSE(queue.TakeWritten());
+    EXPECT_TRUE(queue.IsEmpty());
+    EXPECT_EQ(queue.DataBytes(), 0U);
+}
+
+TEST(OutboundQueue, AbortKeepsControlFramesAndTheFrameThatIsBegun) {
+    hsms::OutboundQueue queue;
+    for (std::uint32_t count = 1; count <= 4; ++count) {
+        queue.Push(Frame(count, count != 3));
+    }
+    queue.Advance(1);
+    const auto aborted = queue.AbortData();
+    ASSERT_EQ(aborted.size(), 3U);
+    std::array<std::span<const std::uint8_t>, 4> views;
+    ASSERT_EQ(queue.Offer(views), 2U);
+    EXPECT_EQ(views[0].size(), 13U);
+    EXPECT_EQ(views[1][0], 3);
+    EXPECT_EQ(queue.DataFrames(), 1U);
+    EXPECT_EQ(queue.ControlFrames(), 1U);
+}
+
+// --- error windows -------------------------------------------------------------------------------
+
+TEST(ErrorLimiter, FiftyASecondPassThenOneSummary) {
+    link::ErrorLimiter limiter;
+    int admitted = 0;
+    for (int count = 0; count < 120; ++count) {
+        admitted += limiter.Admit(LinkError::ExtraConnection, kStart + count * 1ms) ? 1 : 0;
+    }
+    EXPECT_EQ(admitted, 50);
+    EXPECT_EQ(limiter.NextSummary(), kStart + 1s);
+    EXPECT_TRUE(limiter.TakeSummaries(kStart + 999ms).empty());
+    const auto summaries = limiter.TakeSummaries(kStart + 1s);
+    ASSERT_EQ(summaries.size(), 1U);
+    EXPECT_EQ(summaries[0].Suppressed, 70U);
+    EXPECT_FALSE(limiter.NextSummary());
+    EXPECT_TRUE(limiter.Admit(LinkError::ExtraConnection, kStart + 1s));
+}
+
+TEST(ErrorLimiter, CodesDoNotShareTheirWindows) {
+    link::ErrorLimiter limiter;
+    for (int count = 0; count < 60; ++count) {
+        (void)limiter.Admit(LinkError::ExtraConnection, kStart);
+    }
+    EXPECT_FALSE(limiter.Admit(LinkError::ExtraConnection, kStart));
+    EXPECT_TRUE(limiter.Admit(LinkError::RejectSent, kStart));
+}
+
+TEST(ErrorLimiter, CodesOfOneLostMessageEachAreNeverLeftOut) {
+    link::ErrorLimiter limiter;
+    for (const LinkError code : {LinkError::MessageTooLong,
+                                 LinkError::NotSelected,
+                                 LinkError::SendQueueFull,
+                                 LinkError::SendAborted,
+                                 LinkError::HostileBody}) {
+        for (int count = 0; count < 1'000; ++count) {
+            EXPECT_TRUE(limiter.Admit(code, kStart));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace hexmire::test
