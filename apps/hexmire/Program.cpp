@@ -63,6 +63,11 @@ int Run(int argc, const char* const* argv) {
         return 0;
     } catch (const CLI::Success& asked) {
         return program.exit(asked);  // Help and version.
+    } catch (const CLI::RequiredError& error) {
+        const auto unknown = program.remaining();
+        const std::string reason =
+            unknown.empty() ? error.what() : "unknown command '" + unknown.front() + "'";
+        return Report(reason + " (see hexmire --help)", kNotUnderstood);
     } catch (const CLI::ParseError& error) {
         return Report(std::string(error.what()) + " (see hexmire --help)", kNotUnderstood);
     } catch (const UsageError& error) {

@@ -1,0 +1,141 @@
+#include "../hosting/TempFolder.h"
+#include "ChildProcess.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace hexmire {
+namespace {
+
+using fakes::ChildProcess;
+using fakes::TempFolder;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+using Words = std::vector<std::string>;
+
+std::string Text(const Words& words) {
+    std::string text;
+    for (const std::string& word : words)
+        text += ' ' + word;
+    return text;
+}
+
+void ExpectFailure(const Words& words, int status, const std::string& reason) {
+    SCOPED_TRACE(Text(words));
+    ChildProcess program(HEXMIRE_PROGRAM, words);
+    EXPECT_EQ(program.Wait(), status);
+    EXPECT_EQ(program.Output(), "");
+    EXPECT_THAT(program.Errors(), StartsWith("hexmire: "));
+    EXPECT_THAT(program.Errors(), HasSubstr(reason));
+    EXPECT_EQ(std::count(program.Errors().begin(), program.Errors().end(), '\n'), 1)
+        << program.Errors();
+}
+
+TEST(CommandLine, what_is_not_understood_ends_with_status_2_and_one_line) {
+    const struct {
+        Words Line;
+        std::string Reason;
+    } kCases[] = {
+        {{}, "subcommand is required"},
+        {{"nonsense"}, "nonsense"},
+        {{"demo", "--nonsense"}, "--nonsense"},
+        {{"demo", "extra"}, "extra"},
+        {{"demo", "--log", "x.txt"}, "must end in .log"},
+        {{"demo", "--log", ".log"}, "must end in .log"},
+        {{"demo", "--log", "x.log", "--no-log"}, "--no-log"},
+        {{"demo", "--dictionary"}, "--dictionary"},
+        {{"host"}, "--remote"},
+        {{"host", "--mode", "passive"}, "--local"},
+        {{"equipment"}, "--local"},
+        {{"equipment", "--mode", "active"}, "--remote"},
+        {{"host", "--remote", "127.0.0.1"}, "ADDR:PORT"},
+        {{"host", "--remote", "127.0.0.1:0"}, "1 to 65535"},
+        {{"host", "--remote", "127.0.0.1:65536"}, "1 to 65535"},
+        {{"host", "--remote", ":5000"}, "ADDR:PORT"},
+        {{"host", "--remote", "::1:5000"}, "ADDR:PORT"},
+        {{"host", "--port-type", "carrier-pigeon"}, "hsms|hsms-ss"},
+        {{"host", "--mode", "lazy"}, "active|passive"},
+        {{"host", "--device-id", "32768"}, "--device-id"},
+        {{"host", "--device-id", "-1"}, "--device-id"},
+        {{"host", "--t3", "0"}, "--t3"},
+        {{"host", "--t3", "121"}, "--t3"},
+        {{"host", "--t5", "241"}, "--t5"},
+        {{"host", "--t6", "x"}, "--t6"},
+        {{"host", "--t7", "241"}, "--t7"},
+        {{"host", "--t8", "121"}, "--t8"},
+        {{"version", "extra"}, "extra"},
+    };
+    for (const auto& one : kCases)
+        ExpectFailure(one.Line, 2, one.Reason);
+}
+
+TEST(CommandLine, what_cannot_be_done_ends_with_status_1_and_one_line) {
+    const TempFolder folder;
+    const std::string bad = folder.Write("bad.script", "# a comment\n\nfetch S1F1\n");
+    const Words host = {"host", "--remote", "127.0.0.1:1", "--no-log"};
+    const auto with = [&](Words more) {
+        more.insert(more.begin(), host.begin(), host.end());
+        return more;
+    };
+    ExpectFailure(with({"--script", folder / "missing"}), 1, "cannot read the script");
+    ExpectFailure(with({"--script", folder.Path()}), 1, "cannot read the script");
+    ExpectFailure(with({"--script", bad}), 1, "script line 3: unknown command 'fetch'");
+    ExpectFailure(with({"--dictionary", folder / "missing.xml"}), 1, "no such dictionary file");
+}
+
+TEST(CommandLine, help_is_there_for_every_command) {
+    const struct {
+        Words Line;
+        Words Texts;
+    } kCases[] = {
+        {{"--help"}, {"demo", "host", "equipment", "version", "--version"}},
+        {{"-h"}, {"demo"}},
+        {{"demo", "--help"}, {"--log", "--no-log", "--dictionary"}},
+        {{"host", "--help"},
+         {"--port-type",
+          "hsms|hsms-ss",
+          "--mode",
+          "--local",
+          "--remote",
+          "--device-id",
+          "--t3",
+          "--t5",
+          "--t6",
+          "--t7",
+          "--t8",
+          "--allow",
+          "--system-bytes-check",
+          "--log",
+          "--no-log",
+          "--dictionary",
+          "--script",
+          "--json",
+          "expect SxFy [SECONDS]"}},
+        {{"equipment", "--help"}, {"--local", "--script", "--json"}},
+        {{"version", "--help"}, {"version"}},
+    };
+    for (const auto& one : kCases) {
+        SCOPED_TRACE(Text(one.Line));
+        ChildProcess program(HEXMIRE_PROGRAM, one.Line);
+        EXPECT_EQ(program.Wait(), 0);
+        EXPECT_EQ(program.Errors(), "");
+        for (const std::string& text : one.Texts)
+            EXPECT_THAT(program.Output(), HasSubstr(text));
+    }
+}
+
+TEST(CommandLine, version_is_printed_both_ways) {
+    for (const char* word : {"version", "--version"}) {
+        ChildProcess program(HEXMIRE_PROGRAM, {word});
+        EXPECT_EQ(program.Wait(), 0);
+        EXPECT_EQ(program.Output(), "hexmire " HEXMIRE_VERSION "\n");
+        EXPECT_EQ(program.Errors(), "");
+    }
+}
+
+}  // namespace
+}  // namespace hexmire
