@@ -1,5 +1,6 @@
 // The hex texts that a driver hands to the control, well-formed or not. The input is a row of
 // events: one byte for the event, one for the length of its text, then the text.
+#include <hexmire/driver/hsms/BodyCheck.h>
 #include <hexmire/support/HexBytes.h>
 
 #include "../tests/fakes/TestHost.h"
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -39,6 +41,19 @@ private:
 
 std::string RawText(std::span<const std::uint8_t> bytes) { return {bytes.begin(), bytes.end()}; }
 
+/// What a text that may not be hex reads as, as far as it does.
+std::vector<std::uint8_t> ReadBytes(const std::string& text) {
+    std::vector<std::uint8_t> bytes(text.size() / 3);
+    static_cast<void>(ReadHexText(text, bytes.size(), bytes.data()));
+    return bytes;
+}
+
+/// Bodies that a link refuses never reach the control.
+bool PassesLink(std::span<const std::uint8_t> body) {
+    constexpr std::uint32_t kDeepest = 1'000;
+    return hsms::BodyCheck().Check(body, kDeepest) == hsms::BodyCheck::Verdict::Pass;
+}
+
 void Drive(fakes::TestHost& host, Reader& input) {
     SECSIServiceEvents& events = host.DriverEvents();
     const std::uint8_t event = input.Byte();
@@ -52,12 +67,14 @@ void Drive(fakes::TestHost& host, Reader& input) {
         case 2: {
             const std::string header = RawText(input.Block());
             const std::string body = RawText(input.Block());
+            if (!PassesLink(ReadBytes(body))) break;
             events.SecsMsgReceive(header, body, static_cast<std::int32_t>(body.size() / 3));
             break;
         }
         case 3: {  // well-formed texts, any bytes
             const auto header = input.Block();
             const auto body = input.Block();
+            if (!PassesLink(body)) break;
             events.SecsMsgReceive(
                 HexText(header), HexText(body), static_cast<std::int32_t>(body.size()));
             break;
@@ -71,6 +88,7 @@ void Drive(fakes::TestHost& host, Reader& input) {
         case 6: {  // a length that may not fit the text
             const auto header = input.Block();
             const auto body = input.Block();
+            if (!PassesLink(body)) break;
             events.SecsMsgReceive(HexText(header), HexText(body), event - 64);
             break;
         }

@@ -1,0 +1,97 @@
+// An HSMS link machine against any peer: bytes in any pieces, timers that expire, writes that
+// stall, connections that end. The first byte chooses port type, mode and reconnection; then one
+// byte for each step, its upper half a number, with the bytes behind it where bytes arrive.
+#include "../tests/fakes/HsmsRig.h"
+#include "Require.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace {
+
+using hexmire::fuzz::Require;
+using hexmire::test::HsmsRig;
+
+/// The rig, kept to what a shell does: only a live connection tells of bytes or of its end.
+class Link {
+public:
+    explicit Link(std::uint8_t choice)
+        : active_((choice & 2U) != 0), rig_(Settings(choice, active_)) {
+        rig_.Do("open");
+        Connect();
+    }
+
+    void Step(std::span<const std::uint8_t>& input) {
+        const std::uint8_t code = input.front();
+        input = input.subspan(1);
+        const std::size_t step = code % 16U;
+        if (step < kSteps.size()) {
+            Do(step);
+        } else {
+            const std::size_t most = (code / 16U + 1U) * (step - kSteps.size() + 1U);
+            const std::size_t count = std::min(most, input.size());
+            if (IsConnected()) rig_.Feed(input.first(count));
+            input = input.subspan(count);
+        }
+        Require(rig_.Violation.empty(), rig_.Violation.c_str());
+    }
+
+private:
+    static constexpr std::array kSteps{"connect",
+                                       "caller 10.0.0.7",
+                                       "fin",
+                                       "reset",
+                                       "close",
+                                       "open",
+                                       "send S1F1W 0005 00000007",
+                                       "send S6F11W 0005 00000008 0102B10400000001",
+                                       "block",
+                                       "unblock",
+                                       "advance 1000",
+                                       "advance 10000"};
+
+    static hexmire::LinkSettings Settings(std::uint8_t choice, bool active) {
+        hexmire::LinkSettings settings = HsmsRig::Settings((choice & 1U) != 0 ? 2 : 4, active);
+        settings.AutoReconnect = (choice & 4U) != 0;
+        return settings;
+    }
+    [[nodiscard]] bool IsConnected() const {
+        return rig_.State() == "NOT SELECTED" || rig_.State() == "SELECTED" ||
+               rig_.State() == "ENDING";
+    }
+    void Connect() {
+        if (rig_.State() != "NOT CONNECTED") return;
+        if (!active_) {
+            rig_.Do("listening");
+            rig_.Do("caller 10.0.0.2");
+        } else if (rig_.Runs(hexmire::link::TimerId::ConnectTimeout)) {
+            rig_.Do("connected");
+        }
+    }
+    void Do(std::size_t step) {
+        if (step == 0) {
+            Connect();
+        } else if (step == 1) {
+            if (!active_ && IsConnected()) rig_.Do(kSteps[step]);
+        } else if (step > 3 || IsConnected()) {
+            rig_.Do(kSteps[step]);
+        }
+    }
+
+    bool active_;
+    HsmsRig rig_;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0) return 0;
+    std::span<const std::uint8_t> input(data + 1, size - 1);
+    Link link(data[0]);
+    while (!input.empty())
+        link.Step(input);
+    return 0;
+}
