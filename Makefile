@@ -67,7 +67,7 @@ fuzz: ## Run every fuzz target for FUZZ_SECONDS
 bench: ## Run the benchmarks and print the ratios that matter
 	@scripts/setup bench
 	@cmake --preset bench >/dev/null
-	cmake --build --preset bench -j $(JOBS)
+	cmake --build --preset bench -j $(JOBS) --target hexmire_benchmarks
 	benchmarks/run build/bench
 
 coverage: setup ## Run the tests with counters and print line coverage by folder

@@ -1,0 +1,52 @@
+#!/usr/bin/env python3
+"""Prints what a run of the benchmarks says, as ratios: times on one machine say little elsewhere.
+
+    hexmire_benchmarks --benchmark_format=json | benchmarks/ratios.py
+"""
+import json
+import sys
+
+# What is measured, and its measure from the same run.
+PAIRS = [
+    *[(f"{what}/{name}", f"PlainWalk/{name}") for name in "abcde" for what in ("Decode", "Encode")],
+    ("WriteHex/1048576", "PlainCopy/1048576"),
+    ("ReadHex/1048576", "PlainCopy/1048576"),
+    ("SendAndReceive/10000", "SendAndReceive/1"),
+    *[
+        (f"{what}/{name}/{count}/real_time", f"PlainRoundTrip/{name}/{count}/real_time")
+        for name in ("S1F1", "S2F101")
+        for count in (1, 32)
+        for what in ("RoundTrip", "RoundTripLogged")
+    ],
+]
+TO_MICROSECONDS = {"ns": 1e-3, "us": 1.0, "ms": 1e3, "s": 1e6}
+
+
+def times(report):
+    """Microseconds of each benchmark; the median where it was repeated."""
+    found = {}
+    for run in report["benchmarks"]:
+        if run.get("error_occurred"):
+            continue
+        if run.get("run_type") == "aggregate" and run.get("aggregate_name") != "median":
+            continue
+        found[run["run_name"]] = run["real_time"] * TO_MICROSECONDS[run["time_unit"]]
+    return found
+
+
+def main():
+    report = json.load(sys.stdin)
+    failed = [run["name"] for run in report["benchmarks"] if run.get("error_occurred")]
+    measured = times(report)
+    print(f"{'benchmark':<34}{'us':>12}   {'measure':<34}{'us':>12}{'ratio':>9}")
+    for name, measure in PAIRS:
+        if name in measured and measure in measured:
+            ratio = measured[name] / measured[measure]
+            print(f"{name:<34}{measured[name]:>12.2f}   {measure:<34}{measured[measure]:>12.2f}{ratio:>9.1f}")
+    for name in failed:
+        print(f"{name} failed")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
