@@ -47,7 +47,11 @@ SECSItem::~SECSItem() { TearDown(); }
 SnapshotIterator<SECSItem> SECSItem::begin() const { return SnapshotIterator<SECSItem>(children_); }
 
 std::string SECSItem::Description() const {
-    return texts_ == nullptr ? std::string() : texts_->Description;
+    std::string text;
+    RunRoutine(site_, Routine("Get Description"), [&] {
+        if (texts_ != nullptr) text = texts_->Description;
+    });
+    return text;
 }
 
 void SECSItem::Description(std::string_view value) {
@@ -56,7 +60,13 @@ void SECSItem::Description(std::string_view value) {
     });
 }
 
-std::string SECSItem::Name() const { return texts_ == nullptr ? std::string() : texts_->Name; }
+std::string SECSItem::Name() const {
+    std::string text;
+    RunRoutine(site_, Routine("Get Name"), [&] {
+        if (texts_ != nullptr) text = texts_->Name;
+    });
+    return text;
+}
 
 void SECSItem::Name(std::string_view value) {
     RunRoutine(site_, Routine("Let Name"), [&] {
@@ -212,6 +222,7 @@ Variant SECSItem::Delete() {
 }
 
 Variant SECSItem::Duplicate() {
+    const SiteScope scope(site_);
     Variant result;
     RunRoutine(site_, Routine("Duplicate"), [&] {
         const SECSItemPtr parent = parent_.lock();
@@ -252,18 +263,20 @@ void detail::SECSItemAccess::AllItems(SECSItem& item, const ChildList& children)
 void SECSItem::TearDown() noexcept {
     if (children_ == nullptr) return;
     RunRoutine(site_, Routine("TearDown"), [&] {
-        std::vector<SECSItemPtr> pending;
+        std::vector<SECSItemPtr> pending;  // The next one to end comes last.
         const auto takeChildren = [&pending](SECSItem& item) {
             const std::shared_ptr<ChildList> children = std::exchange(item.children_, nullptr);
             item.childrenNumbered_ = true;
-            if (children == nullptr) return;
-            pending.insert(pending.end(), children->begin(), children->end());
+            pending.insert(pending.end(), children->rbegin(), children->rend());
         };
         takeChildren(*this);
         while (!pending.empty()) {
-            const SECSItemPtr item = std::move(pending.back());
+            if (SECSItem& item = *pending.back(); item.children_ != nullptr) {
+                takeChildren(item);
+                continue;
+            }
+            const SECSItemPtr ended = std::move(pending.back());
             pending.pop_back();
-            takeChildren(*item);
         }
     });
 }

@@ -49,8 +49,20 @@ void SECSMessage::Func(std::int32_t value) {
     RunRoutine(site_, Routine("Let Func"), [&] { ReportError(site_, Routine("Let Func"), 1014); });
 }
 
+std::string SECSMessage::Name() const {
+    std::string text;
+    RunRoutine(site_, Routine("Get Name"), [&] { text = name_; });
+    return text;
+}
+
 void SECSMessage::Name(std::string_view value) {
     RunRoutine(site_, Routine("Let Name"), [&] { name_ = value; });
+}
+
+std::string SECSMessage::Description() const {
+    std::string text;
+    RunRoutine(site_, Routine("Get Description"), [&] { text = description_; });
+    return text;
 }
 
 void SECSMessage::Description(std::string_view value) {

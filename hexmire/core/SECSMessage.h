@@ -42,7 +42,7 @@ public:
     [[nodiscard]] Variant Raw() const { return raw_; }
     void Raw(Variant value) noexcept;
 
-    [[nodiscard]] std::string Name() const { return name_; }
+    [[nodiscard]] std::string Name() const;
     void Name(std::string_view value);
 
     /// Number of body bytes that the last encoding made.
@@ -63,7 +63,7 @@ public:
     [[nodiscard]] std::int32_t Func() const noexcept { return func_; }
     void Func(std::int32_t value);
 
-    [[nodiscard]] std::string Description() const { return description_; }
+    [[nodiscard]] std::string Description() const;
     void Description(std::string_view value);
 
 private:

@@ -1,6 +1,7 @@
 #include <hexmire/core/ModGeneral.h>
 #include <hexmire/core/SECSItem.h>
 #include <hexmire/core/SECSMessage.h>
+#include <hexmire/core/detail/SECSItemAccess.h>
 
 #include "../fakes/ErrorRecorder.h"
 #include <gtest/gtest.h>
@@ -77,6 +78,19 @@ TEST_F(ErrorOwner, CopiesTakeTheMakerOfTheirSource) {
     copy->NLB(9);
     copy->Item(1)->NLB(9);
     Expect(2, 0);
+}
+
+TEST_F(ErrorOwner, FaultWhileAnItemIsCopiedGoesToItsMaker) {
+    const SECSItemPtr list = First.Make<SECSItem>();
+    list->Format(FormatList);
+    const SECSItemPtr child = list->AddNew(1);
+    child->Format(FormatList);
+    detail::SECSItemAccess::ItemIndex(*child->AddNew(1), 5);
+    static_cast<void>(child->Duplicate());
+    const auto errors = First.Take();
+    ASSERT_EQ(errors.size(), 1U);
+    EXPECT_EQ(errors[0].Code, 91);
+    EXPECT_TRUE(Second.Errors.empty());
 }
 
 TEST_F(ErrorOwner, DeletedItemKeepsItsMaker) {

