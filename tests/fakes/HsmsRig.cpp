@@ -21,9 +21,9 @@ std::string Join(const std::vector<std::string>& lines) {
 
 std::vector<std::uint8_t> AsFrame(const link::HeaderBytes& header,
                                   std::span<const std::uint8_t> body) {
-    std::vector<std::uint8_t> frame(hsms::kLengthBytes);
-    frame.insert(frame.end(), header.begin(), header.end());
-    frame.insert(frame.end(), body.begin(), body.end());
+    std::vector<std::uint8_t> frame(hsms::kLengthBytes + header.size() + body.size());
+    const auto bodyAt = std::copy(header.begin(), header.end(), frame.begin() + hsms::kLengthBytes);
+    std::copy(body.begin(), body.end(), bodyAt);
     return frame;
 }
 
@@ -186,9 +186,13 @@ void HsmsRig::Settle() {
 
 /// Shows the frames that the machine has just announced, and checks that they are whole.
 void HsmsRig::ShowOutput(std::size_t count) {
-    std::array<std::span<const std::uint8_t>, 2'000> views;
+    std::vector<std::span<const std::uint8_t>> views(16);
+    std::size_t filled = machine_.Output(views);
+    while (filled == views.size()) {
+        views.resize(views.size() * 2);
+        filled = machine_.Output(views);
+    }
     std::size_t offset = 0;
-    const std::size_t filled = machine_.Output(views);
     for (std::size_t index = 0; index < filled; ++index) {
         if (offset == shown_ && views[index].size() == count) {
             lines_.push_back("tx " + FrameNotation(views[index]));

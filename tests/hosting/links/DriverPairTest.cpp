@@ -5,6 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <stdexcept>
+
 namespace hexmire::test {
 namespace {
 
@@ -114,35 +117,32 @@ TEST_F(DriverPair, SeparateReachesThePeerWhenTheDriverIsDestroyedAfterCloseLink)
 }
 
 TEST_F(DriverPair, DriverMayBeDestroyedInsideEachOfItsEvents) {
-    for (const char* event : {"Connect", "Sent", "Block", "Message", "Disconnect"}) {
+    for (const char* event : {"Connect", "Sent", "Block", "Message", "Disconnect", "Error"}) {
         SCOPED_TRACE(event);
         Clear();
+        bool destroyed = false;
         hostEvents_.Hook = [&](const std::string& line) {
-            if (!line.starts_with(event)) return;
-            host_.reset();
-            hostEvents_.Lines.emplace_back("destroyed");
+            EXPECT_FALSE(destroyed) << "nothing follows, not even " << line;
+            if (line.starts_with(event)) {
+                host_.reset();
+                destroyed = true;
+            } else if (line == "Connect") {
+                host_->SendMessage(Header(0x81, 1, 3), "", 0);
+            } else if (line.starts_with("Message")) {
+                equipment_->CloseLink();
+            } else if (line.starts_with("Disconnect")) {
+                host_->SendMessage(Header(0x81, 1, 4), "", 0);
+            }
         };
         equipmentEvents_.Hook = [&](const std::string& line) {
             if (line.starts_with("Message")) equipment_->SendMessage(Header(1, 2, 3), "", 0);
-            if (line.starts_with("Sent")) equipment_->CloseLink();
         };
-        port_ = rig_.FreePort();
-        hostSettings_ = LinkRig::Active(port_);
-        equipmentSettings_ = LinkRig::Passive(port_);
+        equipment_.reset();
         Make();
         equipment_->OpenLink();
         host_->OpenLink();
-        ASSERT_TRUE(rig_.RunUntil([&] {
-            if (host_ && hostEvents_.Has("Connect") && !hostEvents_.Has("Sent")) {
-                if (host_->LinkStatus() && host_->Statistics().FramesReceived == 1) {
-                    host_->SendMessage(Header(0x81, 1, 3), "", 0);
-                    return rig_.RunUntil([&] { return hostEvents_.Has("destroyed"); });
-                }
-            }
-            return host_ == nullptr;
-        }));
-        rig_.RunFor(5ms);
-        EXPECT_EQ(hostEvents_.Lines.back(), "destroyed") << "nothing follows";
+        EXPECT_TRUE(rig_.RunUntil([&] { return destroyed; }));
+        rig_.RunFor(2ms);
     }
 }
 
@@ -175,6 +175,89 @@ TEST_F(DriverPair, SendsWithoutASelectedLinkAreRefusedLater) {
     EXPECT_TRUE(hostEvents_.Lines.empty());
     ASSERT_TRUE(rig_.RunUntil([&] { return hostEvents_.Has("Error 3040"); }));
     EXPECT_THAT(hostEvents_.Texts.at(0), testing::EndsWith(" hdr=0005810100000000004D"));
+}
+
+TEST_F(DriverPair, AHandlerThatRunsTheLoopGetsNoNestedEventsAndItsSendsGoOut) {
+    ASSERT_TRUE(Connect());
+    Clear();
+    int depth = 0;
+    equipmentEvents_.Hook = [&](const std::string& line) {
+        EXPECT_EQ(depth, 0) << "one event at a time";
+        if (!line.starts_with("Message")) return;
+        ++depth;
+        equipment_->SendMessage(Header(1, 2, 3), "", 0);
+        EXPECT_TRUE(rig_.RunUntil([&] { return hostEvents_.Count("Message") > 0; }));
+        --depth;
+    };
+    host_->SendMessage(Header(0x81, 1, 3), "", 0);
+    host_->SendMessage(Header(0x81, 1, 4), "", 0);
+    ASSERT_TRUE(rig_.RunUntil([&] { return equipmentEvents_.Count("Sent") == 2; }));
+    EXPECT_EQ(equipmentEvents_.Count("Message"), 2U);
+}
+
+TEST_F(DriverPair, AHandlerThatThrowsIsToldAsAnInternalError) {
+    ASSERT_TRUE(Connect());
+    Clear();
+    equipmentEvents_.Hook = [&](const std::string& line) {
+        if (line.starts_with("Message")) throw std::runtime_error("handler");
+    };
+    host_->SendMessage(Header(0x81, 1, 3), "", 0);
+    ASSERT_TRUE(rig_.RunUntil([&] { return equipmentEvents_.Has("Error 3099"); }));
+    EXPECT_TRUE(equipment_->LinkStatus());
+}
+
+TEST_F(DriverPair, ABodyShorterThanItsLengthIsAnInternalError) {
+    ASSERT_TRUE(Connect());
+    host_->SendMessage(Header(0x81, 1, 3), Variant::Bytes(Bytes("0100")), 3);
+    ASSERT_TRUE(rig_.RunUntil([&] { return hostEvents_.Has("Error 3099"); }));
+    EXPECT_EQ(host_->Statistics().MalformedSends, 1U);
+}
+
+TEST_F(DriverPair, NamesAreResolvedWithoutBlockingTheLoop) {
+    hostSettings_.RemoteIPAddress = "localhost";
+    hostSettings_.LocalIPAddress = "0.0.0.0";
+    EXPECT_TRUE(Connect());
+}
+
+TEST_F(DriverPair, IPv6WorksAsWell) {
+    hostSettings_.RemoteIPAddress = hostSettings_.LocalIPAddress = "::1";
+    equipmentSettings_.LocalIPAddress = "::1";
+    EXPECT_TRUE(Connect());
+}
+
+TEST_F(DriverPair, SettersTakeSecondsAndKeepExactMilliseconds) {
+    Make();
+    host_->T1(0.1F), host_->T2(0.2F), host_->T3(45), host_->T8(120);
+    EXPECT_EQ(host_->Settings().T1, 100ms);
+    EXPECT_EQ(host_->Settings().T2, 200ms);
+    EXPECT_EQ(host_->Settings().T3, 45s);
+    EXPECT_EQ(host_->Settings().T8, 120s);
+    host_->T1(std::numeric_limits<float>::quiet_NaN());
+    host_->OpenLink();
+    EXPECT_FALSE(host_->LinkStatus());
+    ASSERT_TRUE(rig_.RunUntil([&] { return hostEvents_.Has("Error 3070"); }));
+    EXPECT_EQ(hostEvents_.Texts.at(0), "Setting out of range: T1 = -1");
+}
+
+TEST_F(DriverPair, LinksThatAreNotBuiltAreRefusedAtOpenLink) {
+    Make();
+    for (const std::int16_t type : {std::int16_t{1}, std::int16_t{3}}) {
+        host_->PortType(type);
+        host_->OpenLink();
+        EXPECT_FALSE(host_->LinkStatus());
+    }
+    ASSERT_TRUE(rig_.RunUntil([&] { return hostEvents_.Count("Error 3070") == 2; }));
+    EXPECT_THAT(hostEvents_.Texts.at(0), testing::HasSubstr("port type not available"));
+}
+
+TEST_F(DriverPair, ASettingOfAnOpenLinkCountsAtOnceAndABadOneChangesNothing) {
+    ASSERT_TRUE(Connect());
+    equipment_->DeviceID(6);
+    host_->SendMessage(Header(0x81, 1, 3), "", 0);
+    ASSERT_TRUE(rig_.RunUntil([&] { return equipmentEvents_.Has("Error 3020"); }));
+    equipment_->T6(0);
+    ASSERT_TRUE(rig_.RunUntil([&] { return equipmentEvents_.Has("Error 3070"); }));
+    EXPECT_TRUE(equipment_->LinkStatus());
 }
 
 TEST_F(DriverPair, AThousandRoundTripsKeepSendBeforeReply) {
