@@ -55,6 +55,12 @@ std::uint32_t Number(std::span<const std::uint8_t> bytes) {
     return value;
 }
 
+void PutNumber(std::span<std::uint8_t> bytes, std::size_t at, std::uint32_t value) {
+    for (std::size_t i = 0; i < 4; ++i) {
+        bytes[at + i] = static_cast<std::uint8_t>(value >> (24U - 8U * i));
+    }
+}
+
 void Append(std::vector<std::uint8_t>& out, const std::vector<std::uint8_t>& frame) {
     out.insert(out.end(), frame.begin(), frame.end());
 }
@@ -113,19 +119,15 @@ std::vector<std::uint8_t> HsmsFrame(std::uint8_t byte2,
                                     std::uint32_t systemBytes,
                                     std::span<const std::uint8_t> body) {
     const std::uint8_t session = sType == Data ? 0x00 : 0xFF;
-    std::vector<std::uint8_t> frame;
-    frame.reserve(kLengthBytes + kHeaderBytes + body.size());
-    const auto putNumber = [&frame](std::uint32_t value) {
-        for (unsigned shift = 32; shift != 0; shift -= 8) {
-            frame.push_back(static_cast<std::uint8_t>(value >> (shift - 8)));
-        }
-    };
-    putNumber(static_cast<std::uint32_t>(kHeaderBytes + body.size()));
-    for (const std::uint8_t byte : {session, session, byte2, byte3, std::uint8_t{0}, sType}) {
-        frame.push_back(byte);
-    }
-    putNumber(systemBytes);
-    frame.insert(frame.end(), body.begin(), body.end());
+    std::vector<std::uint8_t> frame(kLengthBytes + kHeaderBytes + body.size());
+    PutNumber(frame, 0, static_cast<std::uint32_t>(kHeaderBytes + body.size()));
+    frame[4] = session;
+    frame[5] = session;
+    frame[6] = byte2;
+    frame[7] = byte3;
+    frame[9] = sType;
+    PutNumber(frame, 10, systemBytes);
+    std::copy(body.begin(), body.end(), frame.begin() + kLengthBytes + kHeaderBytes);
     return frame;
 }
 

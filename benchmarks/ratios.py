@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """Prints what a run of the benchmarks says, as ratios: times on one machine say little elsewhere.
 
+Round trips are measured by the clock, everything else by the processor time of its one thread.
+
     hexmire_benchmarks --benchmark_format=json | benchmarks/ratios.py
 """
 import json
@@ -30,7 +32,8 @@ def times(report):
             continue
         if run.get("run_type") == "aggregate" and run.get("aggregate_name") != "median":
             continue
-        found[run["run_name"]] = run["real_time"] * TO_MICROSECONDS[run["time_unit"]]
+        time = "real_time" if run["run_name"].endswith("/real_time") else "cpu_time"
+        found[run["run_name"]] = run[time] * TO_MICROSECONDS[run["time_unit"]]
     return found
 
 
