@@ -1,69 +1,91 @@
 // docs/public-names.md and the public headers name the same members.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <fstream>
-#include <iterator>
-#include <regex>
 #include <set>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace hexmire {
 namespace {
 
 using Names = std::set<std::string>;
 
-std::string ReadFile(const std::string& path) {
+/// Lines of a file from the one that begins with the words `first` up to the next that begins with
+/// `last`.
+std::vector<std::string> Lines(const std::string& path,
+                               const std::string& first,
+                               std::string_view last) {
     std::ifstream file(std::string(HEXMIRE_SOURCE_DIR) + "/" + path);
     EXPECT_TRUE(file) << path;
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::vector<std::string> lines;
+    bool inside = false;
+    for (std::string line; std::getline(file, line);) {
+        if (inside && line.starts_with(last)) break;
+        if (inside) lines.push_back(line);
+        inside = inside || line == first || line.starts_with(first + " ");
+    }
+    EXPECT_FALSE(lines.empty()) << path << ": " << first;
+    return lines;
 }
 
-/// All first groups of a pattern.
-Names Matches(const std::string& text, const std::string& pattern) {
-    Names names;
-    const std::regex expression(pattern);
-    for (auto match = std::sregex_iterator(text.begin(), text.end(), expression);
-         match != std::sregex_iterator();
-         ++match) {
-        names.insert((*match)[1]);
+/// The name that ends right before a position; empty when there is none.
+std::string NameBefore(std::string_view text, std::size_t end) {
+    std::size_t start = end;
+    while (start > 0 && (std::isalnum(static_cast<unsigned char>(text[start - 1])) != 0 ||
+                         text[start - 1] == '_')) {
+        --start;
     }
-    return names;
+    return std::string(text.substr(start, end - start));
 }
 
 /// The names in the first column of a section's table.
 Names Documented(const std::string& section) {
-    const std::string text = ReadFile("docs/public-names.md");
-    const std::string heading = "\n## " + section + "\n";
-    const std::size_t start = text.find(heading);
-    EXPECT_NE(start, std::string::npos) << section;
-    if (start == std::string::npos) return {};
-    std::string body = text.substr(start + heading.size());
-    body = body.substr(0, body.find("\n## "));
     Names names;
-    for (const std::string& cell : Matches(body, "\n\\| ([^|]*) \\|")) {
-        names.merge(Matches(cell, "`(\\w+)`"));
+    for (const std::string& line : Lines("docs/public-names.md", "## " + section, "## ")) {
+        if (!line.starts_with("| `")) continue;
+        const std::string cell = line.substr(0, line.find(" |", 2));
+        for (std::size_t open = cell.find('`'); open != std::string::npos;) {
+            const std::size_t close = cell.find('`', open + 1);
+            names.insert(cell.substr(open + 1, close - open - 1));
+            open = cell.find('`', close + 1);
+        }
     }
     return names;
 }
 
-/// The members that a header declares between the class's head and its private part.
+/// The members that a class declares before its private part.
 Names Declared(const std::string& header, const std::string& type) {
-    std::string text = ReadFile(header);
-    text = std::regex_replace(text, std::regex("//[^\n]*"), "");
-    const std::size_t start = text.find("\nclass " + type + " ", text.find("namespace hexmire {"));
-    const std::string body = text.substr(start, text.find("\nprivate:", start) - start);
-    Names names = Matches(body, "\n    [^\n;{}()]*?[ &](\\w+)\\([^;{}]*\\)[^;{}]*[;{]");
+    Names names;
+    for (const std::string& line : Lines(header, "class " + type, "private:")) {
+        const bool declaration = line.starts_with("    ") && line.size() > 4 && line[4] != ' ' &&
+                                 !line.starts_with("    //");
+        const std::size_t bracket = line.find('(');
+        if (declaration && bracket != std::string::npos) names.insert(NameBefore(line, bracket));
+    }
+    names.erase("");
     names.erase(type);
-    names.erase("operator");
     return names;
 }
 
-/// The enumerators of an enumeration.
+/// The names of a struct of functions.
+Names Members(const std::string& header, const std::string& type) {
+    Names names;
+    for (const std::string& line : Lines(header, "struct " + type, "};")) {
+        if (line.ends_with(';')) names.insert(NameBefore(line, line.size() - 1));
+    }
+    return names;
+}
+
 Names Enumerators(const std::string& header, const std::string& type) {
-    const std::string text = ReadFile(header);
-    const std::size_t start = text.find("enum " + type + " ");
-    const std::string body = text.substr(start, text.find("};", start) - start);
-    return Matches(body, "\n    (\\w+) = ");
+    Names names;
+    for (const std::string& line : Lines(header, "enum " + type, "};")) {
+        const std::size_t equals = line.find(" = ");
+        if (equals != std::string::npos) names.insert(NameBefore(line, equals));
+    }
+    return names;
 }
 
 TEST(PublicNamesDocument, ListsTheMembersOfEveryClass) {
@@ -76,8 +98,8 @@ TEST(PublicNamesDocument, ListsTheMembersOfEveryClass) {
 }
 
 TEST(PublicNamesDocument, ListsTheEvents) {
-    const std::string text = ReadFile("hexmire/control/HexmireEvents.h");
-    EXPECT_EQ(Documented("HexmireEvents"), Matches(text, "(\\w+);\n"));
+    EXPECT_EQ(Documented("HexmireEvents"),
+              Members("hexmire/control/HexmireEvents.h", "HexmireEvents"));
 }
 
 TEST(PublicNamesDocument, ListsTheEnumerators) {

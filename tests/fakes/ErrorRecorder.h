@@ -34,7 +34,7 @@ public:
     ErrorRecorder() : owner_(std::make_unique<SiteOwner>(*this)) { owner_->Publish(); }
     ErrorRecorder(const ErrorRecorder&) = delete;
     ErrorRecorder& operator=(const ErrorRecorder&) = delete;
-    virtual ~ErrorRecorder() = default;
+    ~ErrorRecorder() override = default;
 
     void TriggerError(std::int32_t errorCode,
                       const std::string& errorText,
