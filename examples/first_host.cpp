@@ -10,7 +10,10 @@
 #include <iostream>
 
 int main(int argc, char** argv) {
-    if (argc != 3) return std::cerr << "usage: first_host PORT DICTIONARY\n", 2;
+    if (argc != 3) {
+        std::cerr << "usage: first_host PORT DICTIONARY\n";
+        return 2;
+    }
 
     hexmire::EventLoop loop;
     hexmire::Hexmire control(loop.Platform());

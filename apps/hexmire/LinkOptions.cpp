@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include <CLI/CLI.hpp>
+#include <arpa/inet.h>
 
 #include <map>
 
@@ -76,6 +77,12 @@ void AddFileOptions(CLI::App& command, LinkOptions& options) {
 }
 
 void AddLinkOptions(CLI::App& command, LinkOptions& options) {
+    const auto isAddress = [](const std::string& text) {
+        in6_addr address{};
+        const bool numeric = ::inet_pton(AF_INET, text.c_str(), &address) == 1 ||
+                             ::inet_pton(AF_INET6, text.c_str(), &address) == 1;
+        return numeric ? std::string() : "'" + text + "' is no numeric IPv4 or IPv6 address";
+    };
     AddCode(
         command,
         "--port-type",
@@ -104,6 +111,7 @@ void AddLinkOptions(CLI::App& command, LinkOptions& options) {
         .add_option("--allow",
                     options.AllowedCallers,
                     "Address that may call a passive side; may be repeated (default: any)")
+        ->check(isAddress)
         ->type_name("ADDR")
         ->allow_extra_args(false);
     AddFileOptions(command, options);

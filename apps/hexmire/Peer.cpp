@@ -52,6 +52,15 @@ void Peer::LoadDictionary(const std::string& path) {
         throw Failure("cannot read the dictionary " + path);
 }
 
+bool Peer::Open(const std::function<bool()>& givenUp, std::chrono::nanoseconds timeout) {
+    lastError_.clear();
+    if (!control_.PortOpened()) control_.OpenPort();
+    // A port that cannot be opened is closed at once, and the loop tells why soon after.
+    const auto refused = [this] { return !control_.PortOpened() && !lastError_.empty(); };
+    loop_.RunUntil([&] { return connected_ || refused() || givenUp(); }, timeout);
+    return connected_;
+}
+
 bool Peer::Send(const SECSTransPtr& trans) {
     const std::uint64_t before = errors_;
     trans->Send();

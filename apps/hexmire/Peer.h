@@ -30,6 +30,11 @@ public:
     /// Between the control's Connect and Disconnect.
     [[nodiscard]] bool IsConnected() const noexcept { return connected_; }
 
+    /// Opens the port unless it is open, and waits for the connection. False when the time has
+    /// passed, the port has closed again, or `givenUp` holds; LastError then tells why, if there
+    /// was an error.
+    bool Open(const std::function<bool()>& givenUp, std::chrono::nanoseconds timeout);
+
     /// Sends the primary, or the secondary as a reply, and shows it. False when an error was raised
     /// meanwhile: then it is not shown as sent.
     bool Send(const SECSTransPtr& trans);
@@ -43,7 +48,7 @@ public:
     /// when there is none. The last 10 000 messages are kept.
     bool TakeReceived(std::int32_t stream, std::int32_t function);
 
-    /// Text of the error that was raised last; "" before the first.
+    /// Number and text of the error that was raised last; "" before the first and after Open.
     [[nodiscard]] const std::string& LastError() const noexcept { return lastError_; }
 
     // Called after the event was shown; each may be empty.

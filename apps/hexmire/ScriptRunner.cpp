@@ -33,14 +33,8 @@ bool ScriptRunner::Do(const Command& command) {
 }
 
 void ScriptRunner::Do(const ConnectCommand& command) {
-    Hexmire& control = peer_.Control();
-    if (!control.PortOpened()) control.OpenPort();
-    const auto decided = [&] {
-        return peer_.IsConnected() || !control.PortOpened() || interrupt_.HasCome();
-    };
-    loop_.RunUntil(decided, command.Timeout);
+    if (peer_.Open([this] { return interrupt_.HasCome(); }, command.Timeout)) return;
     CheckInterrupt();
-    if (peer_.IsConnected()) return;
     const std::string& reason = peer_.LastError();
     throw Failure("no connection" + (reason.empty() ? "" : ": " + Utf8FromLatin1(reason)));
 }

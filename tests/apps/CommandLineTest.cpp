@@ -28,7 +28,7 @@ void ExpectFailure(const Words& words, int status, const std::string& reason) {
     SCOPED_TRACE(Text(words));
     ChildProcess program(HEXMIRE_PROGRAM, words);
     EXPECT_EQ(program.Wait(), status);
-    EXPECT_EQ(program.Output(), "");
+    EXPECT_THAT(program.Output(), testing::Not(HasSubstr("hexmire:")));
     EXPECT_THAT(program.Errors(), StartsWith("hexmire: "));
     EXPECT_THAT(program.Errors(), HasSubstr(reason));
     EXPECT_EQ(std::count(program.Errors().begin(), program.Errors().end(), '\n'), 1)
@@ -67,6 +67,7 @@ TEST(CommandLine, what_is_not_understood_ends_with_status_2_and_one_line) {
         {{"host", "--t6", "x"}, "--t6"},
         {{"host", "--t7", "241"}, "--t7"},
         {{"host", "--t8", "121"}, "--t8"},
+        {{"host", "--allow", "tool-7"}, "no numeric IPv4 or IPv6 address"},
         {{"version", "extra"}, "extra"},
     };
     for (const auto& one : kCases)
@@ -81,6 +82,11 @@ TEST(CommandLine, what_cannot_be_done_ends_with_status_1_and_one_line) {
         more.insert(more.begin(), host.begin(), host.end());
         return more;
     };
+    const std::string connect = folder.Write("connect.script", "connect\n");
+    ExpectFailure(
+        {"equipment", "--local", "300.1.1.1:5000", "--no-log", "--json", "--script", connect},
+        1,
+        "script line 1: no connection: 3056 ");
     ExpectFailure(with({"--script", folder / "missing"}), 1, "cannot read the script");
     ExpectFailure(with({"--script", folder.Path()}), 1, "cannot read the script");
     ExpectFailure(with({"--script", bad}), 1, "script line 3: unknown command 'fetch'");

@@ -29,11 +29,10 @@ std::unique_ptr<EventOutput> OutputFor(const PeerOptions& options) {
 
 /// Keeps the port open until a signal comes.
 void Serve(EventLoop& loop, Peer& peer, const Interrupt& interrupt) {
-    Hexmire& control = peer.Control();
-    control.OpenPort();
-    while (control.PortOpened() && !interrupt.HasCome())
-        loop.RunUntil([&] { return !control.PortOpened() || interrupt.HasCome(); },
-                      std::chrono::nanoseconds::max());
+    const auto interrupted = [&] { return interrupt.HasCome(); };
+    const auto ended = [&] { return !peer.Control().PortOpened() || interrupted(); };
+    constexpr auto kForever = std::chrono::nanoseconds::max();
+    if (peer.Open(interrupted, kForever)) loop.RunUntil(ended, kForever);
     if (!interrupt.HasCome())
         throw Failure("the port has closed: " + Utf8FromLatin1(peer.LastError()));
 }
