@@ -106,7 +106,7 @@ TEST(Demo, fails_in_one_line_when_the_dictionary_lacks_its_messages) {
 
 TEST(Demo, ends_early_when_it_is_interrupted) {
     ChildProcess demo(HEXMIRE_PROGRAM, {"demo", "--no-log"});
-    ASSERT_TRUE(demo.ReadUntil("6. "));
+    ASSERT_TRUE(demo.ReadUntil("1. select"));
     demo.Signal(SIGINT);
     EXPECT_EQ(demo.Wait(), 1);
     EXPECT_EQ(demo.Errors(), "hexmire: interrupted\n");

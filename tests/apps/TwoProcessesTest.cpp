@@ -203,7 +203,7 @@ TEST_F(TwoProcesses, host_may_listen_and_the_equipment_connect) {
 }
 
 TEST_F(TwoProcesses, connect_that_comes_to_nothing_fails_the_script) {
-    ChildProcess host(HEXMIRE_PROGRAM, Host(Script("connect 0.3\n")));
+    ChildProcess host(HEXMIRE_PROGRAM, Host(Script("connect 1\n")));
     EXPECT_EQ(host.Wait(), 1);
     EXPECT_THAT(host.Errors(), HasSubstr("hexmire: script line 1: no connection: 3050 "));
 }
