@@ -138,6 +138,7 @@ void Control::TimerCheck_Timer() {
         const std::shared_ptr<hexmire::SECSDictionary> table = transInUse_;
         if (table == nullptr) throw Fault(FaultNumber::ObjectNotSet);
         for (const SECSTransPtr& entry : *table) {
+            if (transInUse_ != table) return;  // A handler has ended the control.
             if (SECSTransAccess::Parent(*entry) != table) continue;
             if (SECSTransAccess::T3Start(*entry)) {
                 SECSTransAccess::T3Timer(*entry, SECSTransAccess::T3Timer(*entry) - 1);
