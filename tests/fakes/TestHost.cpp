@@ -2,6 +2,8 @@
 
 #include <hexmire/support/HexBytes.h>
 
+#include "LogLines.h"
+
 #include <ostream>
 
 namespace hexmire::fakes {
@@ -52,7 +54,11 @@ TestHost::TestHost(bool messageLog) {
     events.ReceivedSecondary = received("ReceivedSecondary", Secondaries, false);
 }
 
-TestHost::~TestHost() = default;
+TestHost::~TestHost() {
+    // What a test has hooked in may be gone by now.
+    Driver.OnCall = nullptr;
+    if (control_ != nullptr) control_->Events() = HexmireEvents();
+}
 
 SECSTransPtr TestHost::AddTemplate(const std::string& name,
                                    std::int32_t stream,
@@ -96,25 +102,7 @@ std::string TestHost::LogText() const {
     return found == Files.Files.end() ? "" : found->second.Content;
 }
 
-std::vector<std::string> TestHost::LogLines() const {
-    constexpr std::size_t kStampSize = 23;  // "2024/03/05 14:07:09.42 "
-    const auto isStamp = [](const std::string& text, std::size_t at) {
-        return text.size() >= at + kStampSize && text[at + 4] == '/' && text[at + 7] == '/' &&
-               text[at + 13] == ':' && text[at + 19] == '.';
-    };
-    std::vector<std::string> lines;
-    const std::string text = LogText();
-    for (std::size_t start = 0; start < text.size();) {
-        std::size_t end = text.find("\r\n", start);
-        while (end != std::string::npos && end + 2 < text.size() && !isStamp(text, end + 2)) {
-            end = text.find("\r\n", end + 2);
-        }
-        if (end == std::string::npos) end = text.size();
-        lines.push_back(text.substr(start + kStampSize, end - start - kStampSize));
-        start = end + 2;
-    }
-    return lines;
-}
+std::vector<std::string> TestHost::LogLines() const { return LogLinesOf(LogText()); }
 
 std::vector<std::uint8_t> Header(std::int32_t deviceId,
                                  bool replyExpected,

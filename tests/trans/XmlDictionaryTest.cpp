@@ -273,7 +273,7 @@ TEST(XmlTrans, GoesOnAfterAFaultOfAnItem) {
     const auto dictionary = Load(host, S1F3({FakeXMLNode::Make("Item"), ItemNode("b", "U1", "2")}));
     const SECSTransPtr trans = dictionary->SECSTrans(1);
     EXPECT_EQ(trans->Primary()->Root()->ItemCount(), 2);
-    EXPECT_EQ(trans->Primary()->Root()->Item(2)->Value(), Variant(std::uint8_t{2}));
+    EXPECT_EQ(trans->Primary()->Root()->Item(2)->Value(), Variant(std::int16_t{2}));
     EXPECT_EQ(trans->Secondary()->Func(), 4);
     EXPECT_EQ(host.Take(), kItemNode);
 }

@@ -191,7 +191,7 @@ TEST(XmlItem, ReportsAValueThatDoesNotConvertAndBuildsTheChildren) {
     EXPECT_EQ(host.Errors[0].Code, 13);
     EXPECT_EQ(host.Errors[0].Text, "(ModGeneral-lAssignValue) Type mismatch");
     EXPECT_TRUE(message->Item(1)->Item(1)->Value().IsEmpty());
-    EXPECT_EQ(message->Item(1)->Item(2)->Value(), Variant(std::uint8_t{2}));
+    EXPECT_EQ(message->Item(1)->Item(2)->Value(), Variant(std::int16_t{2}));
 }
 
 TEST(XmlItem, FaultsForEveryChildOfAnItemThatIsNoList) {

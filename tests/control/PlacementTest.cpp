@@ -1,0 +1,203 @@
+#include <hexmire/trans/detail/SECSTransAccess.h>
+
+#include "../fakes/TestHost.h"
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace hexmire {
+namespace {
+
+using fakes::ErrorEvent;
+using fakes::TestHost;
+using Names = std::vector<std::string>;
+
+const Names kNotified{
+    "BaudRate",         "ConnectionHost",      "ConnectionPortType", "ConnectionRetryLimit",
+    "DeviceID",         "DuplicateBlockCheck", "HSMSConnectionType", "InterleaveCheck",
+    "LocalIPAddress",   "LocalIPPort",         "TraceEnabled",       "RemoteIPAddress",
+    "RemoteIPPort",     "SECSDictionaryFile",  "SECSLogFile",        "SerialPort",
+    "SystemBytesCheck", "T1Timeout",           "T2Timeout",          "T3Timeout",
+    "T4Timeout",        "T5Timeout",           "T6Timeout",          "T7Timeout",
+    "T8Timeout",        "TimeOutRetry"};
+
+TEST(InitProperties, ChecksPushesAndNotifiesEverySettingInTheTablesOrder) {
+    TestHost host;
+    host.Driver.Calls.clear();
+    host.Control().InitProperties();
+    EXPECT_EQ(host.Driver.Calls,
+              (Names{"BaudRate(9600)",
+                     "HostRole(True)",
+                     "PortType(1)",
+                     "ConnectionRetryLimit(3)",
+                     "DeviceID(0)",
+                     "DuplicateBlockCheck(True)",
+                     "HSMSConnectionMode(1)",
+                     "InterleaveCheck(False)",
+                     "LocalIPAddress(0.0.0.0)",
+                     "LocalIPPort(5000)",
+                     "Trace(False)",
+                     "RemoteIPAddress(255.255.255.100)",
+                     "RemoteIPPort(5000)",
+                     "SerialPort(COM1)",
+                     "SystemBytesCheck(False)",
+                     "T1(0.3)",
+                     "T2(0.5)",
+                     "T3(45)",
+                     "T4(10)",
+                     "T5(10)",
+                     "T6(5)",
+                     "T7(10)",
+                     "T8(5)",
+                     "TimeOutRetry(0)",
+                     "RecipeFileEnabled(False)",
+                     "RecipeSendPath()",
+                     "RecipeRecvPath()",
+                     "SECSILogPath(C:\\App\\Log\\)"}));
+    EXPECT_EQ(host.Container.Changed, kNotified);
+    EXPECT_EQ(host.Raised, Names{});
+}
+
+TEST(InitProperties, StartsTheTimerAgainWithTheTimeOfNow) {
+    TestHost host;
+    const SECSTransPtr trans = host.Control().NewSECSTransaction();
+    trans->Send();
+    host.Clock.Advance(std::chrono::seconds(5));
+    host.Control().InitProperties();
+    EXPECT_EQ(host.Container.Starts, 2);
+    EXPECT_EQ(host.Container.Period, std::chrono::milliseconds(500));
+    host.Container.Tick();
+    EXPECT_EQ(detail::SECSTransAccess::T3Counter(*trans), 0);
+    host.TickSecond();
+    EXPECT_EQ(detail::SECSTransAccess::T3Counter(*trans), 1);
+}
+
+TEST(InitProperties, PushesWhatIsHeldNow) {
+    TestHost host;
+    host.Control().DeviceID(5);
+    host.Control().T1Timeout(0.7F);
+    host.Control().RecipeSendPath("R:\\");
+    host.Driver.Calls.clear();
+    host.Control().InitProperties();
+    EXPECT_EQ(host.Driver.Calls.at(4), "DeviceID(5)");
+    EXPECT_EQ(host.Driver.Calls.at(15), "T1(0.7)");
+    EXPECT_EQ(host.Driver.Calls.at(25), "RecipeSendPath(R:\\)");
+}
+
+TEST(InitProperties, GoesOnBehindASetterThatFaults) {
+    TestHost host;
+    host.Driver.Calls.clear();
+    host.Driver.FailingCall = "PortType";
+    host.Control().InitProperties();
+    EXPECT_EQ(host.Driver.Calls.size(), 28U);
+    EXPECT_EQ(host.Container.Changed.size(), 25U);
+    EXPECT_EQ(host.Errors,
+              (std::vector<ErrorEvent>{
+                  {-2147467259, "(Hexmire-Let ConnectionPortType) driver failed", 0}}));
+}
+
+TEST(InitProperties, AfterTheTeardownStartsNoTimer) {
+    TestHost host;
+    host.Control().ControlTerminate();
+    host.Driver.Calls.clear();
+    host.Control().InitProperties();
+    EXPECT_FALSE(host.Container.TimerRuns());
+    EXPECT_EQ(host.Driver.Calls, Names{});
+    EXPECT_EQ(host.Container.Changed, Names{});
+}
+
+TEST(LogFileSetting, RenamesTheSharedLog) {
+    TestHost host;
+    host.Files.Directories.insert("D:\\Logs");
+    host.Control().SECSLogFile("D:\\Logs\\fab.log");
+    EXPECT_EQ(host.Control().SECSLogFile(), "D:\\Logs\\fab.log");
+    EXPECT_EQ(host.Container.Changed, (Names{"SECSLogFile"}));
+    host.Control().NewSECSTransaction()->Send();
+    EXPECT_TRUE(host.Files.Files.contains("D:\\Logs\\fab_2024-03-05.log"));
+    EXPECT_EQ(host.LogText(), "");
+}
+
+TEST(LogFileSetting, AcceptsTheExtensionAnywhereInAnyCase) {
+    for (const char* name : {"trace.LOG", "a.log.txt", "x.Log", ".log"}) {
+        TestHost host;
+        host.Control().SECSLogFile(name);
+        EXPECT_EQ(host.Control().SECSLogFile(), name);
+        EXPECT_EQ(host.Raised, Names{});
+        EXPECT_EQ(detail::HexmireAccess::Log(host.Control())->FileName(), name);
+    }
+}
+
+TEST(LogFileSetting, WithoutTheExtensionLeavesTheLogWhereItWas) {
+    TestHost host;
+    host.Control().SECSLogFile("trace.txt");
+    EXPECT_EQ(host.Errors,
+              (std::vector<ErrorEvent>{
+                  {2014, "(CLogFile-Let FileName) Log file name must have extension .log.", 0}}));
+    EXPECT_EQ(host.Control().ErrorCode(), 2014);
+    EXPECT_EQ(detail::HexmireAccess::Log(host.Control())->FileName(), "C:\\App\\Log\\SECSII.log");
+    host.Control().NewSECSTransaction()->Send();
+    EXPECT_EQ(host.LogLines().size(), 3U);
+}
+
+TEST(LogFileSetting, OfNothingIsIgnoredByTheLog) {
+    TestHost host;
+    host.Control().SECSLogFile("");
+    EXPECT_EQ(host.Raised, Names{});
+    EXPECT_EQ(detail::HexmireAccess::Log(host.Control())->FileName(), "C:\\App\\Log\\SECSII.log");
+    EXPECT_EQ(host.Control().SECSLogFile(), "");
+}
+
+TEST(LogFileSetting, IsHeldWithoutALogObject) {
+    TestHost host(false);
+    host.Control().SECSLogFile("trace.txt");
+    EXPECT_EQ(host.Control().SECSLogFile(), "trace.txt");
+    EXPECT_EQ(host.Raised, Names{});
+    EXPECT_EQ(host.Container.Changed, (Names{"SECSLogFile"}));
+    host.Control().NewSECSTransaction()->Send();
+    EXPECT_EQ(host.Files.Appends, 0);
+}
+
+TEST(LogFileSetting, IsNotPushed) {
+    TestHost host;
+    host.Driver.Calls.clear();
+    host.Control().SECSLogFile("C:\\x.log");
+    EXPECT_EQ(host.Driver.Calls, Names{});
+}
+
+TEST(Status, IsAskedOfTheDriverOnEveryRead) {
+    TestHost host;
+    host.Driver.Status = true;
+    EXPECT_TRUE(host.Control().Connected());
+    EXPECT_TRUE(host.Control().PortOpened());
+    host.Driver.Status = false;
+    EXPECT_FALSE(host.Control().PortOpened());
+    EXPECT_FALSE(host.Control().Connected());
+    EXPECT_EQ(host.Raised, Names{});
+}
+
+TEST(Status, ReportsADriverThatCannotTell) {
+    TestHost host;
+    host.Driver.Status = true;
+    EXPECT_TRUE(host.Control().Connected());
+    host.Driver.FailingCall = "LinkStatus";
+    EXPECT_FALSE(host.Control().Connected());
+    EXPECT_FALSE(host.Control().PortOpened());
+    EXPECT_EQ(
+        host.Errors,
+        (std::vector<ErrorEvent>{{-2147467259, "(Hexmire-Get Connected) driver failed", 0},
+                                 {-2147467259, "(Hexmire-Get PortOpened) driver failed", 0}}));
+}
+
+TEST(Status, CopiesTheSettingsThatAreCurrent) {
+    TestHost host;
+    host.Control().BaudRate(19200);
+    host.Control().HSMSConnectionType(3);
+    EXPECT_EQ(host.Control().CurrentBaud(), 19200);
+    EXPECT_EQ(host.Control().CurrentHSMSConnectionType(), 3);
+    host.Control().BaudRate(7);
+    EXPECT_EQ(host.Control().CurrentBaud(), 19200);
+}
+
+}  // namespace
+}  // namespace hexmire
