@@ -10,7 +10,9 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 find_program(HEXMIRE_CCACHE ccache)
 if(HEXMIRE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${HEXMIRE_CCACHE})
+  # Paths below the tree count relative to it, so that one clone's objects serve another's.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+    CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${HEXMIRE_CCACHE})
 endif()
 
 add_library(hexmire_settings INTERFACE)

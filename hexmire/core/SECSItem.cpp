@@ -40,7 +40,7 @@ bool IsItemFormat(std::int32_t code) {
 
 }  // namespace
 
-SECSItem::SECSItem(PassKey /*key*/, const SiteRef& site) : site_(site) {}
+SECSItem::SECSItem(PassKey /*key*/, SiteRef site) : site_(std::move(site)) {}
 
 SECSItem::~SECSItem() { TearDown(); }
 

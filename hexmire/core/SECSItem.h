@@ -74,7 +74,7 @@ private:
 /// change nothing. Single-threaded; call from the loop thread.
 class SECSItem : public std::enable_shared_from_this<SECSItem> {
 public:
-    SECSItem(PassKey key, const SiteRef& site);
+    SECSItem(PassKey key, SiteRef site);
     SECSItem(const SECSItem&) = delete;
     SECSItem& operator=(const SECSItem&) = delete;
     ~SECSItem();

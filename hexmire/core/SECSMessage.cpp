@@ -24,7 +24,7 @@ constexpr RoutineName Routine(const char* name) { return {"SECSMessage", name}; 
 
 }  // namespace
 
-SECSMessage::SECSMessage(PassKey /*key*/, const SiteRef& site) : site_(site) {
+SECSMessage::SECSMessage(PassKey /*key*/, SiteRef site) : site_(std::move(site)) {
     root_ = detail::ObjectMaker::Make<SECSItem>(site_);
     root_->Name("Root");
     root_->Format(FormatList);

@@ -21,7 +21,7 @@ class SECSMessageAccess;
 /// Single-threaded; call from the loop thread.
 class SECSMessage {
 public:
-    SECSMessage(PassKey key, const SiteRef& site);
+    SECSMessage(PassKey key, SiteRef site);
     SECSMessage(const SECSMessage&) = delete;
     SECSMessage& operator=(const SECSMessage&) = delete;
     /// Tears the item tree down: a branch that a host still holds is empty afterwards.

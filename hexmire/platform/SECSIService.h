@@ -32,11 +32,12 @@ public:
                                 const std::string& bodyHex,
                                 std::int32_t bodyLength) = 0;
 
+    virtual ~SECSIServiceEvents() = default;
+
 protected:
     SECSIServiceEvents() = default;
     SECSIServiceEvents(const SECSIServiceEvents&) = default;
     SECSIServiceEvents& operator=(const SECSIServiceEvents&) = default;
-    virtual ~SECSIServiceEvents() = default;
 };
 
 /// How a driver reports a call that failed: number and text reach the host unchanged.

@@ -14,11 +14,12 @@ public:
                               const std::string& errorText,
                               std::int32_t errorLine) = 0;
 
+    virtual ~IErrorSink() = default;
+
 protected:
     IErrorSink() = default;
     IErrorSink(const IErrorSink&) = default;
     IErrorSink& operator=(const IErrorSink&) = default;
-    virtual ~IErrorSink() = default;
 };
 
 }  // namespace hexmire

@@ -47,6 +47,12 @@ concept VariantElement = std::same_as<T, std::uint8_t> || std::same_as<T, bool> 
     std::same_as<T, std::int16_t> || std::same_as<T, std::int32_t> || std::same_as<T, float> ||
     std::same_as<T, double> || std::same_as<T, Decimal> || std::same_as<T, Variant>;
 
+/// The integers that are numbers: neither a truth value nor a character.
+template <class T>
+concept VariantInteger = std::integral<T> && !std::same_as<T, bool> && !std::same_as<T, char> &&
+                         !std::same_as<T, wchar_t> && !std::same_as<T, char8_t> &&
+                         !std::same_as<T, char16_t> && !std::same_as<T, char32_t>;
+
 /// A tagged value: what item values, raw bytes and several arguments travel in. It is a value:
 /// copies are independent (long texts and arrays are shared unseen, for none can be changed in
 /// place).
@@ -56,31 +62,27 @@ concept VariantElement = std::same_as<T, std::uint8_t> || std::same_as<T, bool> 
 /// String.
 class Variant {
 public:
+    // The conversions are implicit on purpose: a value is given as it is, item->Value(5).
+    // NOLINTBEGIN(google-explicit-constructor)
     Variant() noexcept = default;  ///< Empty
     template <std::same_as<bool> T>
-    Variant(T value) noexcept : value_(Truth{value}) {}  // NOLINT(google-explicit-constructor)
-    template <std::integral T>
-    requires(!std::same_as<T, bool> && !std::same_as<T, char> && !std::same_as<T, wchar_t> &&
-             !std::same_as<T, char8_t> && !std::same_as<T, char16_t> && !std::same_as<T, char32_t>)
-        Variant(T value)
-    noexcept : value_(FromInteger(value)) {}           // NOLINT(google-explicit-constructor)
-    Variant(float value) noexcept : value_(value) {}   // NOLINT(google-explicit-constructor)
-    Variant(double value) noexcept : value_(value) {}  // NOLINT(google-explicit-constructor)
-    Variant(const Decimal& value) noexcept
-        : value_(value) {}            // NOLINT(google-explicit-constructor)
-    Variant(std::string_view text);   // NOLINT(google-explicit-constructor)
-    Variant(std::string&& text);      // NOLINT(google-explicit-constructor)
-    Variant(const std::string& text)  // NOLINT(google-explicit-constructor)
-        : Variant(std::string_view(text)) {}
-    Variant(const char* text)  // NOLINT(google-explicit-constructor)
-        : Variant(std::string_view(text)) {}
+    Variant(T value) noexcept : value_(Truth{value}) {}
+    template <VariantInteger T>
+    Variant(T value) noexcept : value_(FromInteger(value)) {}
+    Variant(float value) noexcept : value_(value) {}
+    Variant(double value) noexcept : value_(value) {}
+    Variant(const Decimal& value) noexcept : value_(value) {}
+    Variant(std::string_view text);
+    Variant(std::string&& text);
+    Variant(const std::string& text) : Variant(std::string_view(text)) {}
+    Variant(const char* text) : Variant(std::string_view(text)) {}
     template <VariantElement T>
-    Variant(std::vector<T> elements)  // NOLINT(google-explicit-constructor)
-        : Variant(Array(std::move(elements))) {}
+    Variant(std::vector<T> elements) : Variant(Array(std::move(elements))) {}
     /// An object reference; a null pointer is an object reference that refers to nothing.
     template <class T>
-    Variant(std::shared_ptr<T> object)  // NOLINT(google-explicit-constructor)
+    Variant(std::shared_ptr<T> object)
         : Variant(FromObject(std::static_pointer_cast<void>(std::move(object)), typeid(T))) {}
+    // NOLINTEND(google-explicit-constructor)
     /// A pointer is never a Boolean.
     template <class T>
     Variant(T* pointer) = delete;

@@ -15,8 +15,8 @@ constexpr RoutineName Routine(const char* name) { return {"SECSDictionary", name
 
 }  // namespace
 
-SECSDictionary::SECSDictionary(PassKey /*key*/, const SiteRef& site)
-    : items_(std::make_shared<Entries>()), site_(site) {}
+SECSDictionary::SECSDictionary(PassKey /*key*/, SiteRef site)
+    : items_(std::make_shared<Entries>()), site_(std::move(site)) {}
 
 SECSDictionary::~SECSDictionary() = default;
 

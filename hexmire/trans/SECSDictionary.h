@@ -20,7 +20,7 @@ class SECSDictionaryAccess;
 /// call from the loop thread.
 class SECSDictionary : public std::enable_shared_from_this<SECSDictionary> {
 public:
-    SECSDictionary(PassKey key, const SiteRef& site);
+    SECSDictionary(PassKey key, SiteRef site);
     SECSDictionary(const SECSDictionary&) = delete;
     SECSDictionary& operator=(const SECSDictionary&) = delete;
     ~SECSDictionary();

@@ -21,7 +21,7 @@ constexpr RoutineName Routine(const char* name) { return {"SECSTrans", name}; }
 
 }  // namespace
 
-SECSTrans::SECSTrans(PassKey /*key*/, const SiteRef& site) : site_(site) {
+SECSTrans::SECSTrans(PassKey /*key*/, SiteRef site) : site_(std::move(site)) {
     primary_ = detail::ObjectMaker::Make<SECSMessage>(site_);
     secondary_ = detail::ObjectMaker::Make<SECSMessage>(site_);
     secondary_->Func(primary_->Func() + 1);

@@ -25,7 +25,7 @@ class SECSTransAccess;
 /// control's `Error` event. Single-threaded; call from the loop thread.
 class SECSTrans : public std::enable_shared_from_this<SECSTrans> {
 public:
-    SECSTrans(PassKey key, const SiteRef& site);
+    SECSTrans(PassKey key, SiteRef site);
     SECSTrans(const SECSTrans&) = delete;
     SECSTrans& operator=(const SECSTrans&) = delete;
     ~SECSTrans();

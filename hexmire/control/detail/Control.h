@@ -24,7 +24,7 @@ public:
     explicit Control(const hexmire::Platform& platform);
     Control(const Control&) = delete;
     Control& operator=(const Control&) = delete;
-    ~Control();
+    ~Control() override;
 
     HexmireEvents& Events() noexcept { return events_; }
     [[nodiscard]] const ControlSettings& Settings() const noexcept { return settings_; }
