@@ -131,6 +131,24 @@ TEST(RightShift, DivisorRoundedToZeroIsADivisionByZero) {
     }
 }
 
+TEST(BitShifts, AgreeWithExactArithmetic) {
+    ErrorRecorder site;
+    std::uint64_t random = 1;
+    for (int round = 0; round < 20000; ++round) {
+        random = random * 6364136223846793005ULL + 1442695040888963407ULL;
+        const auto value = static_cast<std::int32_t>(random >> (32U + random % 24U));
+        const auto signedValue = (random & 0x8000U) != 0 ? value : -value;
+        const auto shift = static_cast<std::int16_t>((random >> 20U) % 31U);
+        const std::int64_t power = std::int64_t{1} << shift;
+        ASSERT_EQ(lRBitShift(signedValue, shift), signedValue / power);
+        ASSERT_TRUE(site.Take().empty());
+        const std::int64_t product = signedValue * power;
+        const bool fits = product >= Limits::min() && product <= Limits::max();
+        ASSERT_EQ(lLBitShift(signedValue, shift), fits ? product : 0);
+        ASSERT_EQ(site.Take().size(), fits ? 0U : 1U);
+    }
+}
+
 TEST(BitShifts, LengthBytesOfAMessageAreTakenApartAndPutTogether) {
     for (const std::int32_t length : {0, 1, 255, 256, 65535, 65536, 16777215}) {
         const std::int32_t high = lRBitShift(length, 16) & 255;

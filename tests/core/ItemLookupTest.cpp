@@ -76,6 +76,15 @@ TEST_F(ItemLookup, PlainIntegerBeyondThirtyTwoBitsIsNoPosition) {
     EXPECT_EQ(Site.Take(), kWrongKind);
 }
 
+TEST_F(ItemLookup, PlainArgumentsOfOtherTypesKeepTheirKind) {
+    EXPECT_EQ(List->Item(2.0), nullptr);
+    EXPECT_EQ(Site.Take(), kWrongKind);
+    EXPECT_EQ(List->Item(true), nullptr);
+    EXPECT_EQ(Site.Take(), kWrongKind);
+    EXPECT_EQ(List->Item(std::vector<std::int32_t>{1}), nullptr);
+    EXPECT_EQ(Site.Take(), kWrongKind);
+}
+
 TEST_F(ItemLookup, IndexOutsideIsRefused) {
     using Limits = std::numeric_limits<std::int32_t>;
     for (const std::int32_t index : {0, -1, 4, 100, Limits::min(), Limits::max()}) {

@@ -3,6 +3,7 @@
 #include <hexmire/core/SECSMessage.h>
 #include <hexmire/core/detail/SECSItemAccess.h>
 #include <hexmire/core/detail/SECSMessageAccess.h>
+#include <hexmire/support/ModErrorMsg.h>
 
 #include "../fakes/ErrorRecorder.h"
 #include <gtest/gtest.h>
@@ -191,6 +192,28 @@ TEST_F(OutOfMemory, DumpsAreEmpty) {
         [&] { text = ModGeneral::HexDumpArray(bytes); }, [] {}, {"(ModGeneral-HexDumpArray) "});
     FailEverywhere(
         [&] { text = ModGeneral::ChrDumpArray(bytes); }, [] {}, {"(ModGeneral-ChrDumpArray) "});
+}
+
+TEST_F(OutOfMemory, TextOfAnErrorIsEmpty) {
+    std::string text;
+    FailEverywhere([&] { text = ModErrorMsg::FormatErrorMsg(1001); },
+                   [&] { EXPECT_EQ(text.empty(), !Site.Errors.empty()); },
+                   {"(ModErrorMsg-FormatErrorMsg) "});
+}
+
+TEST_F(OutOfMemory, RejectedValueStaysOutWhateverBecomesOfTheReport) {
+    for (long request = 1; request < 30; ++request) {
+        Site.Errors.clear();
+        requestsLeft = request;
+        List->Format(7);
+        List->NLB(9);
+        Subject->Stream(128);
+        requestsLeft = 0;
+        EXPECT_EQ(List->Format(), FormatList);
+        EXPECT_EQ(List->NLB(), 0);
+        EXPECT_EQ(Subject->Stream(), 0);
+        EXPECT_GE(Site.Errors.size(), 2U);
+    }
 }
 
 TEST_F(OutOfMemory, TearDownEmptiesTheTreeAllTheSame) {

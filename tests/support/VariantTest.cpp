@@ -342,7 +342,7 @@ TEST(Variant, BytesWithALowerBoundKeepIt) {
     EXPECT_EQ(value.View<std::uint8_t>().size(), 2U);
 }
 
-TEST(Variant, DeeplyNestedArraysAreReleasedWithoutRecursionTrouble) {
+TEST(Variant, NestedArraysKeepWhatIsInnermost) {
     Variant value = 1;
     for (int depth = 0; depth < 1000; ++depth)
         value = Variant(std::vector<Variant>{value});

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+namespace hexmire::fakes {
+
+/// A process whose numbers have a decimal comma, for the time of one test. The locale is made below
+/// the build folder; where that cannot be done the test is skipped.
+class CommaLocale : public testing::Test {
+protected:
+    void SetUp() override {
+        const std::filesystem::path folder =
+            std::filesystem::path(HEXMIRE_BINARY_DIR) / "test-locales";
+        std::filesystem::create_directories(folder);
+        if (!std::filesystem::exists(folder / "de_DE")) {
+            const std::string command = "localedef -i de_DE -f ISO-8859-1 '" +
+                                        (folder / "de_DE").string() + "' > /dev/null 2>&1";
+            static_cast<void>(std::system(command.c_str()));
+        }
+        ::setenv("LOCPATH", folder.c_str(), 1);
+        if (std::setlocale(LC_NUMERIC, "de_DE") == nullptr) {
+            GTEST_SKIP() << "no locale with a decimal comma can be made here";
+        }
+    }
+    void TearDown() override {
+        std::setlocale(LC_NUMERIC, "C");
+        ::unsetenv("LOCPATH");
+    }
+};
+
+}  // namespace hexmire::fakes
