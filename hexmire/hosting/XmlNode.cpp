@@ -1,5 +1,5 @@
-#include <hexmire/hosting/XmlNode.h>
 #include <hexmire/hosting/Utf8.h>
+#include <hexmire/hosting/XmlNode.h>
 
 #include <libxml/tree.h>
 

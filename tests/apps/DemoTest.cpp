@@ -14,7 +14,6 @@ namespace {
 using fakes::ChildProcess;
 using fakes::TempFolder;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::MatchesRegex;
 using testing::StartsWith;
 

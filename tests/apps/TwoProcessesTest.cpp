@@ -84,7 +84,7 @@ TEST_F(TwoProcesses, exchange_messages_as_their_scripts_say) {
     EXPECT_THAT(time->at("sml").get<std::string>(),
                 MatchesRegex("S2F18\r\n< A '20[0-9]{14}' >\r\n\\."));
     EXPECT_TRUE(Find(host.Output(), "received-primary", 6, 11).has_value());
-    EXPECT_THAT(host.Output(), HasSubstr("{\"event\":\"disconnect\",\"code\":0,\"text\":\"\"}"));
+    EXPECT_THAT(host.Output(), HasSubstr(R"({"event":"disconnect","code":0,"text":""})"));
     EXPECT_THAT(equipment.Output(), HasSubstr("\"code\":3035"));
     EXPECT_EQ(Find(equipment.Output(), "received-primary", 1, 1)->at("reply_expected"), true);
 }
@@ -112,7 +112,7 @@ TEST_F(TwoProcesses, equipment_reports_what_its_dictionary_does_not_hold) {
 TEST_F(TwoProcesses, equipment_reports_a_foreign_device) {
     ChildProcess equipment(HEXMIRE_PROGRAM, Equipment({"--device-id", "7"}));
     ChildProcess host(HEXMIRE_PROGRAM, Host(Script("connect\nsend S1F1\nexpect S1F2 20\n")));
-    ASSERT_TRUE(equipment.ReadUntil("\"event\":\"sent\""));
+    ASSERT_TRUE(equipment.ReadUntil(R"("event":"sent")"));
     host.Signal(SIGTERM);
     EXPECT_EQ(host.Wait(), 1);
     EXPECT_EQ(host.Errors(), "hexmire: script line 3: interrupted\n");

@@ -33,10 +33,10 @@ protected:
 
 TEST_F(EventLoopTest, posted_functions_run_in_order_and_never_inside_post) {
     loop_.Post([&] {
-        loop_.Post([&] { seen_.push_back("inner"); });
-        seen_.push_back("first");
+        loop_.Post([&] { seen_.emplace_back("inner"); });
+        seen_.emplace_back("first");
     });
-    loop_.Post([&] { seen_.push_back("second"); });
+    loop_.Post([&] { seen_.emplace_back("second"); });
     EXPECT_TRUE(seen_.empty());
     EXPECT_TRUE(loop_.RunUntil([&] { return seen_.size() == 3; }, kBound));
     EXPECT_THAT(seen_, ElementsAre("first", "second", "inner"));
@@ -44,16 +44,16 @@ TEST_F(EventLoopTest, posted_functions_run_in_order_and_never_inside_post) {
 
 TEST_F(EventLoopTest, empty_function_is_not_posted) {
     loop_.Post({});
-    loop_.Post([&] { seen_.push_back("next"); });
+    loop_.Post([&] { seen_.emplace_back("next"); });
     EXPECT_TRUE(loop_.RunUntil([&] { return !seen_.empty(); }, kBound));
 }
 
 TEST_F(EventLoopTest, run_lasts_until_stop) {
     loop_.Post([&] {
         loop_.Stop();
-        seen_.push_back("stopping");
+        seen_.emplace_back("stopping");
     });
-    loop_.Post([&] { seen_.push_back("later"); });
+    loop_.Post([&] { seen_.emplace_back("later"); });
     loop_.Run();
     EXPECT_THAT(seen_, ElementsAre("stopping"));
     EXPECT_TRUE(loop_.RunUntil([&] { return seen_.size() == 2; }, kBound));
@@ -61,7 +61,7 @@ TEST_F(EventLoopTest, run_lasts_until_stop) {
 
 TEST_F(EventLoopTest, stop_while_nothing_runs_does_nothing) {
     loop_.Stop();
-    loop_.Post([&] { seen_.push_back("ran"); });
+    loop_.Post([&] { seen_.emplace_back("ran"); });
     EXPECT_TRUE(loop_.RunUntil([&] { return !seen_.empty(); }, kBound));
 }
 
@@ -72,14 +72,14 @@ TEST_F(EventLoopTest, run_for_lasts_its_time_though_nothing_happens) {
 }
 
 TEST_F(EventLoopTest, run_for_no_time_runs_nothing) {
-    loop_.Post([&] { seen_.push_back("ran"); });
+    loop_.Post([&] { seen_.emplace_back("ran"); });
     loop_.RunFor(0s);
     loop_.RunFor(-1s);
     EXPECT_TRUE(seen_.empty());
 }
 
 TEST_F(EventLoopTest, run_until_asks_first_and_runs_nothing_when_it_holds) {
-    loop_.Post([&] { seen_.push_back("ran"); });
+    loop_.Post([&] { seen_.emplace_back("ran"); });
     EXPECT_TRUE(loop_.RunUntil([] { return true; }, 0s));
     EXPECT_TRUE(seen_.empty());
 }
@@ -100,7 +100,7 @@ TEST_F(EventLoopTest, handlers_that_post_each_other_do_not_hold_the_time_up) {
 TEST_F(EventLoopTest, loop_refuses_to_run_inside_itself) {
     loop_.Post([&] { loop_.RunFor(1ms); });
     EXPECT_THROW(loop_.Run(), std::logic_error);
-    loop_.Post([&] { seen_.push_back("alive"); });
+    loop_.Post([&] { seen_.emplace_back("alive"); });
     EXPECT_TRUE(loop_.RunUntil([&] { return !seen_.empty(); }, kBound));
 }
 
@@ -108,17 +108,17 @@ TEST_F(EventLoopTest, loop_refuses_to_run_inside_itself) {
 
 TEST_F(EventLoopTest, exception_of_a_posted_function_comes_out_of_run_and_nothing_else_is_lost) {
     loop_.Post([] { throw std::runtime_error("posted"); });
-    loop_.Post([&] { seen_.push_back("next"); });
+    loop_.Post([&] { seen_.emplace_back("next"); });
     EXPECT_THROW(loop_.Run(), std::runtime_error);
     EXPECT_TRUE(loop_.RunUntil([&] { return !seen_.empty(); }, kBound));
 }
 
 TEST_F(EventLoopTest, exception_handler_takes_what_would_come_out_of_run) {
-    loop_.OnException([&](std::exception_ptr thrown) {
+    loop_.OnException([&](const std::exception_ptr& thrown) {
         try {
             std::rethrow_exception(thrown);
         } catch (const std::exception& exception) {
-            seen_.push_back(exception.what());
+            seen_.emplace_back(exception.what());
         }
     });
     loop_.Post([] { throw std::runtime_error("one"); });
@@ -128,7 +128,7 @@ TEST_F(EventLoopTest, exception_handler_takes_what_would_come_out_of_run) {
 }
 
 TEST_F(EventLoopTest, exception_handler_may_take_itself_back_and_throw) {
-    loop_.OnException([&](std::exception_ptr thrown) {
+    loop_.OnException([&](const std::exception_ptr& thrown) {
         loop_.OnException({});
         std::rethrow_exception(thrown);
     });
@@ -226,7 +226,7 @@ TEST_F(EventLoopTest, control_may_be_terminated_from_a_posted_function) {
     loop_.Post([&] {
         control->ControlTerminate();
         control->OpenPort();  // It is inert.
-        seen_.push_back("terminated");
+        seen_.emplace_back("terminated");
     });
     loop_.Post([&] { control.reset(); });
     EXPECT_TRUE(loop_.RunUntil([&] { return control == nullptr; }, kBound));

@@ -18,7 +18,6 @@ namespace {
 
 using fakes::TempFolder;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class XmlDocumentTest : public testing::Test {
 protected:
@@ -252,8 +251,8 @@ TEST_F(XmlDocumentTest, file_that_is_not_well_formed_fails) {
                                   "<!-- -- --><D/>",
                                   "<D xml:a:b=''/",
                                   "<1/>",
-                                  std::string("<D\0/>", 6),
-                                  std::string("<D>\0</D>", 9),
+                                  std::string("<D\0/>", 5),
+                                  std::string("<D>\0</D>", 8),
                                   std::string("<D a='x\0y'/>", 12),
                                   std::string("<D/>\0", 5)};
     for (const std::string& text : broken) {
