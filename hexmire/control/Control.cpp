@@ -104,8 +104,7 @@ void Control::RequireAlive() const {
     if (tornDown_) throw Fault(FaultNumber::ObjectNotSet);
 }
 
-// --- Errors
-// ---------------------------------------------------------------------------------------
+// --- Errors ------------------------------------------------------------------------------------
 
 void Control::RaiseError(std::int32_t code, const std::string& text, std::int32_t line) {
     Raise(events_.Error, code, text, line);
@@ -142,8 +141,7 @@ void Control::TriggerError(std::int32_t errorCode,
     }
 }
 
-// --- Teardown
-// -------------------------------------------------------------------------------------
+// --- Teardown ----------------------------------------------------------------------------------
 
 void Control::ControlTerminate() {
     RunOwn("ControlTerminate", [&] {

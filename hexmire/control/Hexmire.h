@@ -35,8 +35,7 @@ public:
     /// The handlers of this control's events; set them before opening the port.
     [[nodiscard]] HexmireEvents& Events() noexcept;
 
-    // --- Settings
-    // -----------------------------------------------------------------------------------
+    // --- Settings ------------------------------------------------------------------------------
 
     /// 150, 300, 1200, 2400, 4800, 9600 or 19200 bit/s; error 1046. Default 9600.
     [[nodiscard]] std::int32_t BaudRate() const noexcept;
@@ -128,8 +127,7 @@ public:
     [[nodiscard]] std::string SECSILogPath() const;
     void SECSILogPath(const std::string& value);
 
-    // --- Status
-    // -------------------------------------------------------------------------------------
+    // --- Status --------------------------------------------------------------------------------
 
     /// The driver's link status, asked on every read. The two always agree.
     [[nodiscard]] bool Connected();
@@ -141,8 +139,7 @@ public:
     /// The templates.
     [[nodiscard]] std::shared_ptr<hexmire::SECSDictionary> SECSDictionary() const noexcept;
 
-    // --- Operations
-    // ---------------------------------------------------------------------------------
+    // --- Operations ----------------------------------------------------------------------------
 
     /// Pushes every setting and asks the driver to open; error 1090 when it is open already.
     /// Success is told by `Connect`.
@@ -175,8 +172,7 @@ public:
         return NewSECSTransaction(Variant(name));
     }
 
-    // --- Placement on a form
-    // ------------------------------------------------------------------------
+    // --- Placement on a form -------------------------------------------------------------------
 
     /// The container's notification that the control was placed: every setting is checked and
     /// pushed again.

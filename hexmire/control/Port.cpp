@@ -71,8 +71,7 @@ void Control::LoadXMLDictionary() {
     });
 }
 
-// --- Link events of the driver
-// --------------------------------------------------------------------
+// --- Link events of the driver -----------------------------------------------------------------
 
 void Control::moSECSIService_Connect() {
     if (tornDown_) return;

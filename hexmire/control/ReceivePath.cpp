@@ -10,7 +10,7 @@
 
 #include <vector>
 
-/// The stop of T3, and the dispatch of received messages.
+/// Decoding and dispatch of received messages.
 namespace hexmire::detail {
 
 namespace {
@@ -30,58 +30,7 @@ void TakeHeader(SECSTrans& trans,
 
 }  // namespace
 
-// --- Stop of T3
-// -----------------------------------------------------------------------------------
-
-void Control::moSECSIService_SecsBlockReceive(const std::string& blockHex) {
-    if (tornDown_) return;
-    const std::shared_ptr<SECSIService> driver = driver_;
-    constexpr const char* kRoutine = "moSECSIService_SecsBlockReceive";
-    RunOwn(kRoutine, [&] {
-        if (blockHex.empty()) {
-            RaiseOwnError(kRoutine, 2016);
-            return;
-        }
-        MessageHeader header(blockHex);
-        if (!ModGeneral::IsEven(header.Function)) return;
-        header.ReadSystemBytes();
-        CancelT3(header);
-    });
-}
-
-void Control::CancelT3(const MessageHeader& header) {
-    if (transInUse_ == nullptr) return;  // A handler of the fault above has ended the control.
-    const std::string suffix = " SystemBytes: ";
-    if (log_ != nullptr) {
-        log_->WriteLog("Cancel T3 - Searching for " + header.Name() + suffix +
-                       std::to_string(header.SystemBytes));
-    }
-    std::int32_t count = 0;
-    for (const SECSTransPtr& entry : *SECSDictionaryAccess::AllItems(*transInUse_)) {
-        ++count;
-        const SECSMessagePtr secondary = entry->Secondary();
-        if (secondary == nullptr) throw Fault(FaultNumber::ObjectNotSet);
-        if (log_ != nullptr) {
-            log_->WriteLog("Cancel T3 - TransactionInUse[" + std::to_string(count) + "] : S" +
-                           std::to_string(secondary->Stream()) + "F" +
-                           std::to_string(secondary->Func()) + suffix +
-                           std::to_string(entry->SystemBytes()));
-        }
-        if (entry->SystemBytes() != header.SystemBytes || secondary->Stream() != header.Stream ||
-            secondary->Func() != header.Function) {
-            continue;
-        }
-        SECSTransAccess::T3Start(*entry, false);
-        if (log_ != nullptr) {
-            log_->WriteLog("Cancel T3 - Timer for " + header.Name() + suffix +
-                           std::to_string(header.SystemBytes));
-        }
-        return;
-    }
-}
-
-// --- Dispatch
-// -------------------------------------------------------------------------------------
+// --- Dispatch ----------------------------------------------------------------------------------
 
 void Control::moSECSIService_SecsMsgReceive(const std::string& headerHex,
                                             const std::string& bodyHex,
@@ -187,8 +136,7 @@ void Control::DispatchSecondary(const MessageHeader& header, const SECSMessagePt
     waiting->Delete();
 }
 
-// --- S9F7
-// -----------------------------------------------------------------------------------------
+// --- S9F7 --------------------------------------------------------------------------------------
 
 void Control::SendS9F7(std::int32_t stream, std::int32_t function, std::int32_t systemBytes) {
     const Entry entry(*this);

@@ -24,6 +24,8 @@ class Reader {
 public:
     Reader(View bytes, std::int64_t& position) : bytes_(bytes), position_(position) {}
 
+    /// True when the next byte is beyond the end.
+    [[nodiscard]] bool IsAtEnd() const { return position_ + 1 >= Size(); }
     std::uint8_t Byte() {
         ++position_;
         if (position_ >= Size()) throw Fault(FaultNumber::SubscriptOutOfRange);
@@ -246,6 +248,11 @@ bool lParseSECSMessage(std::span<const std::uint8_t> bytes,
         Step& step = steps.back();
         if (step.Next > step.Count) {
             steps.pop_back();
+        } else if (reader.IsAtEnd()) {
+            // A list may claim millions of children behind the end: each is a fault, none is
+            // thrown.
+            ++step.Next;
+            ReportFault(CurrentSite(), kName, FaultNumber::SubscriptOutOfRange);
         } else {
             const SECSItemPtr list = step.Parent;
             read(list, static_cast<std::int32_t>(step.Next++));

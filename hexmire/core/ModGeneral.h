@@ -14,8 +14,7 @@
 /// the routine returns what it had.
 namespace hexmire::ModGeneral {
 
-// --- Format names
-// ---------------------------------------------------------------------------------
+// --- Format names ------------------------------------------------------------------------------
 
 /// Code of a format's text name ("L", "B", "BOOL", "A", "I8" .. "U1", any letter case, no
 /// trimming); 63 for any other text.
@@ -23,8 +22,7 @@ namespace hexmire::ModGeneral {
 /// Text name of a format code; "V" for any other number.
 [[nodiscard]] std::string ItemFormatToText(std::int32_t format);
 
-// --- Numbers and bytes, most significant byte first
-// -----------------------------------------------
+// --- Numbers and bytes, most significant byte first --------------------------------------------
 
 /// Unsigned value of 1 to 3 bytes, two's complement of 4.
 [[nodiscard]] std::int32_t BytesToLong(const std::vector<std::uint8_t>& bytes);
@@ -50,8 +48,7 @@ Variant DoubleToBytes(std::vector<std::uint8_t>& bytes, double value);
 /// anything else.
 [[nodiscard]] bool IsByteArray(const Variant& values);
 
-// --- Text to item value
-// ---------------------------------------------------------------------------
+// --- Text to item value ------------------------------------------------------------------------
 
 /// One value for an item of the given item's format; Empty for an empty text.
 [[nodiscard]] Variant lAssignValue(const SECSItem& item, std::string_view text);
@@ -66,8 +63,7 @@ Variant lVariantArrayValue(const SECSItem& item, std::string_view text, Variant&
 Variant lByteArrayValue(const SECSItem& item, std::string_view text, Variant& array);
 Variant lBoolArrayValue(const SECSItem& item, std::string_view text, Variant& array);
 
-// --- Dumps of arrays of byte values
-// ---------------------------------------------------------------
+// --- Dumps of arrays of byte values ------------------------------------------------------------
 
 /// One character a byte.
 [[nodiscard]] std::string ChrDumpArray(const Variant& values);
@@ -84,8 +80,7 @@ Variant lBoolArrayValue(const SECSItem& item, std::string_view text, Variant& ar
 /// ",0A"
 [[nodiscard]] std::string Hex4(std::uint8_t value);
 
-// --- Items and SML
-// --------------------------------------------------------------------------------
+// --- Items and SML -----------------------------------------------------------------------------
 
 /// Deep copy of a subtree into an existing item.
 void CreateDuplicateItem(const SECSItemPtr& target, const SECSItemPtr& source);

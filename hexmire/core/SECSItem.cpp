@@ -109,8 +109,7 @@ void SECSItem::NLB(std::int32_t value) {
 
 void SECSItem::Value(Variant value) noexcept { value_ = std::move(value); }
 
-// --- Lookup
-// ---------------------------------------------------------------------------------------
+// --- Lookup ------------------------------------------------------------------------------------
 
 SECSItemPtr SECSItem::Item(const Variant& value) const {
     SECSItemPtr found;
@@ -154,8 +153,7 @@ SECSItemPtr SECSItem::FindByName(std::string_view name) const {
     return found == children_->end() ? nullptr : *found;
 }
 
-// --- Changes
-// --------------------------------------------------------------------------------------
+// --- Changes -----------------------------------------------------------------------------------
 
 SECSItem::ChildList& SECSItem::WritableChildren() {
     if (children_ == nullptr) {
@@ -255,8 +253,7 @@ void detail::SECSItemAccess::AllItems(SECSItem& item, const ChildList& children)
     item.childrenNumbered_ = false;
 }
 
-// --- End
-// ------------------------------------------------------------------------------------------
+// --- End ---------------------------------------------------------------------------------------
 
 // Depth first without the machine's stack: a subtree may be a million lists deep. Every list is
 // emptied before the reference to its item goes, so that no destructor finds children of its own.

@@ -80,8 +80,7 @@ std::string SECSMessage::RawHex() const {
     return text;
 }
 
-// --- Lookup
-// ---------------------------------------------------------------------------------------
+// --- Lookup ------------------------------------------------------------------------------------
 
 SECSItemPtr SECSMessage::Item(const Variant& value) const {
     SECSItemPtr found;
@@ -96,15 +95,15 @@ SECSItemPtr SECSMessage::FindItem(const Variant& value) const {
     };
     const std::int32_t count = root_->ItemCount();
     if (count == 0) return fail(1004);
+    const auto children = detail::SECSItemAccess::AllItems(*root_);
     const VariantKind kind = value.Kind();
     if (kind == VariantKind::Integer || kind == VariantKind::Long) {
         const std::int32_t index =
             kind == VariantKind::Long ? value.AsLong() : std::int32_t{value.AsInteger()};
         if (index < 1 || index > count) return fail(1007);
-        return root_->Item(value);
+        return (*children)[static_cast<std::size_t>(index) - 1];
     }
     if (kind != VariantKind::String || TrimBlanks(value.Text()).empty()) return fail(1008);
-    const auto children = detail::SECSItemAccess::AllItems(*root_);
     const auto found =
         std::find_if(children->begin(), children->end(), [&](const SECSItemPtr& child) {
             return EqualsIgnoringCase(child->Name(), value.Text());
@@ -112,8 +111,7 @@ SECSItemPtr SECSMessage::FindItem(const Variant& value) const {
     return found == children->end() ? fail(1009) : *found;
 }
 
-// --- Inside the library
-// ---------------------------------------------------------------------------
+// --- Inside the library ------------------------------------------------------------------------
 
 namespace detail {
 

@@ -45,8 +45,6 @@ Fault CurrentFault() {
         return fault;
     } catch (const std::bad_alloc&) {
         return Fault(FaultNumber::OutOfMemory);
-    } catch (const std::length_error&) {
-        return Fault(FaultNumber::OutOfMemory);
     } catch (const std::out_of_range&) {
         return Fault(FaultNumber::SubscriptOutOfRange);
     } catch (const std::overflow_error&) {

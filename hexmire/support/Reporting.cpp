@@ -23,6 +23,15 @@ void ReportError(const SiteRef& site,
     Trigger(site, code, ContextPrefix(name) + ModErrorMsg::FormatErrorMsg(code) + details);
 }
 
+void ReportFault(const SiteRef& site, const RoutineName& name, FaultNumber number) noexcept {
+    try {
+        Trigger(site,
+                static_cast<std::int32_t>(number),
+                ContextPrefix(name) + FaultDescription(number));
+    } catch (...) {  // As below.
+    }
+}
+
 void ReportCurrentFault(const SiteRef& site, const RoutineName& name) noexcept {
     try {
         const Fault fault = CurrentFault();

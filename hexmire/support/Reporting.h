@@ -30,6 +30,9 @@ void ReportError(const SiteRef& site,
 /// 0. To be called inside a catch block only. Never throws.
 void ReportCurrentFault(const SiteRef& site, const RoutineName& name) noexcept;
 
+/// Reports a fault without an exception, for a routine that knows it beforehand and meets it often.
+void ReportFault(const SiteRef& site, const RoutineName& name, FaultNumber number) noexcept;
+
 /// Runs the body of a routine under its own fault handler: a fault stops the body and is reported
 /// in the routine's name.
 template <class Body>

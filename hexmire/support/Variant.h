@@ -75,7 +75,8 @@ public:
     Variant(std::string_view text);
     Variant(std::string&& text);
     Variant(const std::string& text) : Variant(std::string_view(text)) {}
-    Variant(const char* text) : Variant(std::string_view(text)) {}
+    /// No text at all reads as the empty one.
+    Variant(const char* text) : Variant(std::string_view(text == nullptr ? "" : text)) {}
     template <VariantElement T>
     Variant(std::vector<T> elements) : Variant(Array(std::move(elements))) {}
     /// An object reference; a null pointer is an object reference that refers to nothing.
@@ -85,7 +86,8 @@ public:
     // NOLINTEND(google-explicit-constructor)
     /// A pointer is never a Boolean.
     template <class T>
-    Variant(T* pointer) = delete;
+    requires(!std::same_as<std::remove_cv_t<T>, char>) Variant(T* pointer)
+    = delete;
     Variant(std::nullptr_t) = delete;
 
     [[nodiscard]] static Variant Null() noexcept;

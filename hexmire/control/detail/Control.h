@@ -118,8 +118,8 @@ private:
     [[nodiscard]] SECSTransPtr TemplateFor(const MessageHeader& header) const;
     [[nodiscard]] SECSTransPtr WaitingFor(const MessageHeader& header) const;
 
-    void StartT3(const MessageHeader& header);
-    void CancelT3(const MessageHeader& header);
+    void MarkT3(const char* routine, const std::string& hex, bool start);
+    void SearchTable(const MessageHeader& header, bool start);
     void TimerCheck_Timer();
     void Receive(const std::string& headerHex, const std::string& bodyHex, std::int32_t bodyLength);
     void Dispatch(const MessageHeader& header, const SECSMessagePtr& message);

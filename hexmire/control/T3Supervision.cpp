@@ -1,0 +1,89 @@
+#include <hexmire/control/detail/Control.h>
+#include <hexmire/control/detail/MessageHeader.h>
+#include <hexmire/core/ModGeneral.h>
+#include <hexmire/support/Fault.h>
+#include <hexmire/trans/detail/SECSDictionaryAccess.h>
+#include <hexmire/trans/detail/SECSTransAccess.h>
+
+/// Reply supervision: start and stop of T3, and the timer that counts it down (SEMI E4 and E37,
+/// T3).
+namespace hexmire::detail {
+
+void Control::moSECSIService_SecsMsgSend(const std::string& messageHex) {
+    MarkT3("moSECSIService_SecsMsgSend", messageHex, true);
+}
+
+void Control::moSECSIService_SecsBlockReceive(const std::string& blockHex) {
+    MarkT3("moSECSIService_SecsBlockReceive", blockHex, false);
+}
+
+// A primary that has gone out starts its entry's timer; a block of a reply stops it.
+void Control::MarkT3(const char* routine, const std::string& hex, bool start) {
+    if (tornDown_) return;
+    const std::shared_ptr<SECSIService> driver = driver_;
+    RunOwn(routine, [&] {
+        if (hex.empty()) {
+            RaiseOwnError(routine, 2016);
+            return;
+        }
+        MessageHeader header(hex);
+        if (ModGeneral::IsEven(header.Function) == start) return;
+        header.ReadSystemBytes();
+        if (transInUse_ == nullptr) return;  // A handler of a fault just now has ended the control.
+        SearchTable(header, start);
+    });
+}
+
+void Control::SearchTable(const MessageHeader& header, bool start) {
+    const std::string label = start ? "Start T3 - " : "Cancel T3 - ";
+    const std::string wanted =
+        header.Name() + " SystemBytes: " + std::to_string(header.SystemBytes);
+    if (log_ != nullptr) log_->WriteLog(label + "Searching for " + wanted);
+    std::int32_t count = 0;
+    for (const SECSTransPtr& entry : *SECSDictionaryAccess::AllItems(*transInUse_)) {
+        ++count;
+        const bool sameSystemBytes = entry->SystemBytes() == header.SystemBytes;
+        if (log_ == nullptr && !sameSystemBytes) continue;
+        const SECSMessagePtr message = start ? entry->Primary() : entry->Secondary();
+        if (message == nullptr) throw Fault(FaultNumber::ObjectNotSet);
+        if (log_ != nullptr) {
+            log_->WriteLog(label + "TransactionInUse[" + std::to_string(count) + "] : S" +
+                           std::to_string(message->Stream()) + "F" +
+                           std::to_string(message->Func()) +
+                           " SystemBytes: " + std::to_string(entry->SystemBytes()));
+        }
+        if (!sameSystemBytes || message->Stream() != header.Stream ||
+            message->Func() != header.Function) {
+            continue;
+        }
+        SECSTransAccess::T3Start(*entry, start);
+        if (log_ != nullptr) log_->WriteLog(label + "Timer for " + wanted);
+        return;
+    }
+}
+
+// --- The timer ---------------------------------------------------------------------------------
+
+// What counts is a new second on the wall clock, not the time that has passed. The entries that
+// were there are visited once each, as long as they still are; handlers may change the table.
+void Control::TimerCheck_Timer() {
+    if (tornDown_) return;
+    RunOwn("TimerCheck_Timer", [&] {
+        std::string second = SecondOfDay();
+        if (second == lastSecond_) return;
+        lastSecond_ = std::move(second);
+        const std::shared_ptr<hexmire::SECSDictionary> table = transInUse_;
+        if (table == nullptr) throw Fault(FaultNumber::ObjectNotSet);
+        for (const SECSTransPtr& entry : *table) {
+            if (transInUse_ != table) return;  // A handler has ended the control.
+            if (SECSTransAccess::Parent(*entry) != table) continue;
+            if (SECSTransAccess::T3Start(*entry)) {
+                SECSTransAccess::T3Timer(*entry, SECSTransAccess::T3Timer(*entry) - 1);
+            } else {
+                SECSTransAccess::T3Counter(*entry, SECSTransAccess::T3Counter(*entry) + 1);
+            }
+        }
+    });
+}
+
+}  // namespace hexmire::detail

@@ -1,0 +1,74 @@
+#include <hexmire/control/detail/Control.h>
+#include <hexmire/support/Fault.h>
+#include <hexmire/support/Text.h>
+#include <hexmire/support/detail/ObjectMaker.h>
+#include <hexmire/trans/TransFactory.h>
+#include <hexmire/trans/detail/SECSDictionaryAccess.h>
+
+/// Working transactions: empty ones and copies of templates.
+namespace hexmire::detail {
+
+namespace {
+
+constexpr const char* kNewTransaction = "NewSECSTransaction";
+
+}  // namespace
+
+SECSTransPtr Control::NewSECSTransaction() {
+    SECSTransPtr result;
+    RunOwn(kNewTransaction, [&] {
+        RequireAlive();
+        result = ObjectMaker::Make<SECSTrans>(site_.Ref());
+    });
+    return result;
+}
+
+SECSTransPtr Control::NewSECSTransaction(const Variant& value) {
+    SECSTransPtr result;
+    RunOwn(kNewTransaction, [&] {
+        RequireAlive();
+        if (dictionary_ == nullptr) throw Fault(FaultNumber::ObjectNotSet);
+        SECSTransPtr found;
+        const VariantKind kind = value.Kind();
+        if (dictionary_->TransCount() < 1) {
+            RaiseOwnError(kNewTransaction, 1020);
+        } else if (kind == VariantKind::Integer || kind == VariantKind::Long) {
+            found = TemplateByIndex(kind == VariantKind::Long ? value.AsLong()
+                                                              : std::int32_t{value.AsInteger()});
+        } else if (kind != VariantKind::String || TrimBlanks(value.Text()).empty()) {
+            RaiseOwnError(kNewTransaction, 1027);
+        } else {
+            found = TemplateByName(value.Text());
+        }
+        if (found != nullptr) result = CopyOf(found);
+    });
+    return result;
+}
+
+SECSTransPtr Control::TemplateByIndex(std::int32_t index) {
+    if (index < 1) {
+        RaiseOwnError(kNewTransaction, 1022);
+        return nullptr;
+    }
+    if (index > dictionary_->TransCount()) {
+        RaiseOwnError(kNewTransaction, 1026);
+        return nullptr;
+    }
+    return (*SECSDictionaryAccess::AllItems(*dictionary_))[static_cast<std::size_t>(index) - 1];
+}
+
+SECSTransPtr Control::TemplateByName(std::string_view name) {
+    for (const SECSTransPtr& entry : *SECSDictionaryAccess::AllItems(*dictionary_)) {
+        if (EqualsIgnoringCase(entry->Name(), name)) return entry;
+    }
+    RaiseOwnError(kNewTransaction, 1025);
+    return nullptr;
+}
+
+SECSTransPtr Control::CopyOf(const SECSTransPtr& source) const {
+    SECSTransPtr copy = ObjectMaker::Make<SECSTrans>(site_.Ref());
+    ModGeneral::CreateNewTrans(copy, source);
+    return copy;
+}
+
+}  // namespace hexmire::detail
