@@ -4,6 +4,10 @@
 #include "LinkRig.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
+
+#include <thread>
 
 namespace hexmire::test {
 namespace {
@@ -13,6 +17,12 @@ using testing::ElementsAre;
 
 constexpr const char* kSelectReq = "0000000A FFFF 0000 0001 00000001";
 constexpr const char* kSelectRsp = "00 00 00 0A FF FF 00 00 00 02 00 00 00 01 ";
+
+/// True when the receiving end of the system has everything that was sent.
+bool IsDelivered(asio::ip::tcp::socket& socket) {
+    int unsent = 0;
+    return ::ioctl(socket.native_handle(), SIOCOUTQ, &unsent) == 0 && unsent == 0;
+}
 
 class PassiveDriver : public testing::Test {
 protected:
@@ -111,12 +121,15 @@ TEST_F(PassiveDriver, BytesThatWaitWhenT8ExpiresAreReadFirst) {
     peer_.Send("0000 0005 00000002");
     const auto busyUntil = std::chrono::steady_clock::now() + 40ms;
     asio::post(rig_.Loop, [&] {
-        while (std::chrono::steady_clock::now() < busyUntil) {
+        const auto giveUp = busyUntil + 5s;
+        while (std::chrono::steady_clock::now() < busyUntil ||
+               (!IsDelivered(peer_.Socket()) && std::chrono::steady_clock::now() < giveUp)) {
+            std::this_thread::yield();
         }
     });
     EXPECT_EQ(peer_.Read(14), "00 00 00 0A FF FF 00 00 00 06 00 00 00 02 ");
     EXPECT_TRUE(driver_->LinkStatus());
-    EXPECT_TRUE(events_.Lines.empty());
+    EXPECT_THAT(events_.Lines, testing::IsEmpty());
 }
 
 TEST_F(PassiveDriver, APeerThatStopsReadingStallsTheWrites) {
@@ -221,7 +234,7 @@ TEST_F(ActiveDriver, CloseLinkDuringAnAttemptRaisesNothing) {
     Open();
     driver_->CloseLink();
     rig_.RunFor(10ms);
-    EXPECT_TRUE(events_.Lines.empty());
+    EXPECT_THAT(events_.Lines, testing::IsEmpty());
     EXPECT_FALSE(driver_->LinkStatus());
 }
 
