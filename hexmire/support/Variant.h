@@ -53,6 +53,10 @@ concept VariantInteger = std::integral<T> && !std::same_as<T, bool> && !std::sam
                          !std::same_as<T, wchar_t> && !std::same_as<T, char8_t> &&
                          !std::same_as<T, char16_t> && !std::same_as<T, char32_t>;
 
+/// What a pointer points to when it is no text.
+template <class T>
+concept NoCharacter = !std::same_as<std::remove_cv_t<T>, char>;
+
 /// A tagged value: what item values, raw bytes and several arguments travel in. It is a value:
 /// copies are independent (long texts and arrays are shared unseen, for none can be changed in
 /// place).
@@ -85,9 +89,8 @@ public:
         : Variant(FromObject(std::static_pointer_cast<void>(std::move(object)), typeid(T))) {}
     // NOLINTEND(google-explicit-constructor)
     /// A pointer is never a Boolean.
-    template <class T>
-    requires(!std::same_as<std::remove_cv_t<T>, char>) Variant(T* pointer)
-    = delete;
+    template <NoCharacter T>
+    Variant(T* pointer) = delete;
     Variant(std::nullptr_t) = delete;
 
     [[nodiscard]] static Variant Null() noexcept;
