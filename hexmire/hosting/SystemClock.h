@@ -2,13 +2,20 @@
 
 #include <hexmire/support/IClock.h>
 
+#include <chrono>
+
 namespace hexmire {
 
 /// The system's wall clock in the local time zone. Daylight saving and changes of the zone while
-/// the process runs are followed.
+/// the process runs are followed, the latter within a second.
 class SystemClock final : public IClock {
 public:
     [[nodiscard]] ClockReading Now() const override;
+
+private:
+    // The log asks many times within one second: its calendar is worked out once.
+    mutable std::chrono::sys_seconds second_{};
+    mutable ClockReading reading_{};
 };
 
 }  // namespace hexmire
