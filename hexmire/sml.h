@@ -27,4 +27,30 @@ struct DecodedBody {
 };
 [[nodiscard]] DecodedBody DecodeBody(std::span<const std::uint8_t> bytes);
 
+/// What a text said, or where and why it says nothing.
+struct ParsedSml {
+    SECSMessagePtr Message;      ///< none after an error
+    bool ReplyExpected = false;  ///< the header's W
+    std::string Name;            ///< what stands in front of the header, "name: S1F1"
+    std::int32_t Line = 1;       ///< place of the error, 1-based; every byte is a column
+    std::int32_t Column = 1;
+    /// "expected ..., found ..."; empty on success.
+    std::string Error;
+    /// True after an error that more text at the end could put right: the message is cut short.
+    bool IsIncomplete = false;
+};
+
+/// Reads one message: what RenderSml writes, and the dialects that docs/sml.md describes. Values
+/// have the kinds that decoding gives. A number that its format cannot hold, a count that is wrong
+/// and anything behind the closing "." but blanks and comments are errors; errors are told in the
+/// result only, no event is raised. Lists nest to any depth.
+///
+/// RenderSml does not mark quotes and line ends inside a text. They are read back as they were as
+/// long as the whole message stands as it was rendered, CR LF included.
+[[nodiscard]] ParsedSml ParseSml(std::string_view text) noexcept;
+
+/// Reads messages one behind the other up to the end of the text. After an error, which is the
+/// last element, nothing more is read. No element for a text without any message.
+[[nodiscard]] std::vector<ParsedSml> ParseSmlMessages(std::string_view text);
+
 }  // namespace hexmire

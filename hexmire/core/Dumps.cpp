@@ -39,7 +39,9 @@ void ForEachByte(const Variant& values, Put put) {
 /// A text of blanks sized for an array from index 0 to the upper bound.
 std::string BlankText(const Variant& values, std::size_t width) {
     const std::int64_t count = std::int64_t{values.UpperBound()} + 1;
-    return std::string(static_cast<std::size_t>(std::max<std::int64_t>(count, 0)) * width, ' ');
+    std::string text;
+    text.resize(static_cast<std::size_t>(std::max<std::int64_t>(count, 0)) * width, ' ');
+    return text;
 }
 
 void PutField(std::string& text, std::size_t position, std::string_view field) {
