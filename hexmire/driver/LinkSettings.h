@@ -20,8 +20,9 @@ enum class LinkConnectionMode : std::int16_t { Active = 1, Passive = 2, Alternat
 ///
 /// Codes and numbers are kept as they came, illegal ones included: CheckLinkSettings tells at
 /// OpenLink which of them is wrong, and nothing is ever clamped. Durations are whole milliseconds,
-/// for 0.1 s has no exact binary fraction.
-struct LinkSettings {
+/// for 0.1 s has no exact binary fraction. The fields stand in the order of the interface, not in
+/// that of the least padding.
+struct LinkSettings {  // NOLINT(clang-analyzer-optin.performance.Padding)
     using Milliseconds = std::chrono::milliseconds;
 
     // --- given by the setters --------------------------------------------------------------------

@@ -28,7 +28,7 @@ namespace hexmire::hsms {
 class LinkMachine final : public link::ILinkMachine {
 public:
     /// Counts what it tolerates and refuses in `statistics`, which outlives it.
-    LinkMachine(const LinkSettings& settings, LinkStatistics& statistics);
+    LinkMachine(LinkSettings settings, LinkStatistics& statistics);
 
     void Open(link::TimePoint now) override;
     void Close(link::TimePoint now) override;

@@ -84,8 +84,8 @@ const LinkMachine::State LinkMachine::kEnding{
 
 // --- the only place that changes state, and the dispatchers --------------------------------------
 
-LinkMachine::LinkMachine(const LinkSettings& settings, LinkStatistics& statistics)
-    : settings_(settings), statistics_(statistics), state_(&kClosed) {}
+LinkMachine::LinkMachine(LinkSettings settings, LinkStatistics& statistics)
+    : settings_(std::move(settings)), statistics_(statistics), state_(&kClosed) {}
 
 std::string_view LinkMachine::StateName() const noexcept { return state_->Name; }
 
