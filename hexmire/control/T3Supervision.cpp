@@ -47,17 +47,18 @@ void Control::SearchTable(const MessageHeader& header, bool start) {
         const SECSMessagePtr message = start ? entry->Primary() : entry->Secondary();
         if (message == nullptr) throw Fault(FaultNumber::ObjectNotSet);
         if (log_ != nullptr) {
-            log_->WriteLog(label + "TransactionInUse[" + std::to_string(count) + "] : S" +
-                           std::to_string(message->Stream()) + "F" +
-                           std::to_string(message->Func()) +
-                           " SystemBytes: " + std::to_string(entry->SystemBytes()));
+            std::string line = label;
+            line.append("TransactionInUse[").append(std::to_string(count)).append("] : S");
+            line.append(std::to_string(message->Stream())).append("F");
+            line.append(std::to_string(message->Func())).append(" SystemBytes: ");
+            log_->WriteLog(line.append(std::to_string(entry->SystemBytes())));
         }
         if (!sameSystemBytes || message->Stream() != header.Stream ||
             message->Func() != header.Function) {
             continue;
         }
         SECSTransAccess::T3Start(*entry, start);
-        if (log_ != nullptr) log_->WriteLog(label + "Timer for " + wanted);
+        if (log_ != nullptr) log_->WriteLog(std::string(label).append("Timer for ").append(wanted));
         return;
     }
 }

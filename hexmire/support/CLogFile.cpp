@@ -95,7 +95,8 @@ void CLogFile::DeleteBackup(const std::string& folder) {
         const std::string prefix = hasFolder ? stem.substr(cut + 1) : stem;
         const auto today = std::chrono::sys_days{clock_.Now().Date};
         for (const std::string& name : files_.ListFiles(listed, prefix, ".log")) {
-            const std::string path = folder + "\\" + name;
+            std::string path = folder;
+            path.append("\\").append(name);
             const auto modified = files_.ModifiedDate(path);
             Require(modified.has_value());
             if ((today - std::chrono::sys_days{*modified}).count() > kKeptDays) {

@@ -16,10 +16,10 @@ constexpr std::array<Triplet, 256> MakeTriplets() {
     return table;
 }
 
-constexpr std::array<std::int8_t, 256> MakeDigitValues() {
-    std::array<std::int8_t, 256> table{};
+constexpr std::array<std::int16_t, 256> MakeDigitValues() {
+    std::array<std::int16_t, 256> table{};
     for (unsigned code = 0; code < 256; ++code) {
-        table[code] = static_cast<std::int8_t>(HexDigitValue(static_cast<char>(code)));
+        table[code] = static_cast<std::int16_t>(HexDigitValue(static_cast<char>(code)));
     }
     return table;
 }

@@ -62,11 +62,12 @@ std::string ArrangeDigits(std::string_view scientific) {
         text += exponent < 0 ? "E-" : "E+";
         text += power.size() < 2 ? "0" + power : power;
     } else if (exponent < 0) {
-        text = "0." + std::string(static_cast<std::size_t>(-exponent - 1), '0') + digits;
+        text = "0." + std::string(static_cast<std::size_t>(-exponent) - 1, '0') + digits;
     } else if (count <= exponent + 1) {
-        text = digits + std::string(static_cast<std::size_t>(exponent + 1 - count), '0');
+        text = digits;
+        text.resize(static_cast<std::size_t>(exponent) + 1, '0');
     } else {
-        text = digits.insert(static_cast<std::size_t>(exponent + 1), ".");
+        text = digits.insert(static_cast<std::size_t>(exponent) + 1, ".");
     }
     return negative ? "-" + text : text;
 }
