@@ -46,7 +46,7 @@ public:
             ReadBody(message->Root());
             scanner_.SkipBlanks();
         } else if (!scanner_.IsAt('.')) {
-            scanner_.Fail("\"<\" or \".\"");
+            scanner_.Fail(R"("<" or ".")");
         }
         scanner_.Take('.');
         parsed.ReplyExpected = header.ReplyExpected;
@@ -71,7 +71,7 @@ private:
             } else if (scanner_.IsAt('>')) {
                 CloseList();
             } else {
-                scanner_.Fail("\"<\" or \">\"");
+                scanner_.Fail(R"("<" or ">")");
             }
         }
     }
