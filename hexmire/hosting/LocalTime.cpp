@@ -1,6 +1,6 @@
 #include <hexmire/hosting/LocalTime.h>
 
-#include <time.h>
+#include <ctime>
 
 #include <algorithm>
 

@@ -1,6 +1,5 @@
+#include "../fakes/CommaLocale.h"
 #include "SmlParsing.h"
-
-#include <clocale>
 
 // Every format's elements, the kinds they become, and the numbers that a format cannot hold.
 
@@ -171,14 +170,10 @@ TEST(SmlParserValues, ElementsStandApart) {
               "1:10 expected a whole number from 0 to 255 or \">\", found \"'\"");
 }
 
-TEST(SmlParserValues, TheLocaleDoesNotMatter) {
-    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
-    if (std::setlocale(LC_NUMERIC, "de_DE.UTF-8") == nullptr) {
-        GTEST_SKIP() << "no locale with a decimal comma here";
-    }
-    const std::string shown = ShowSmlValue("<F8 1.5>");
-    std::setlocale(LC_NUMERIC, before.c_str());
-    EXPECT_EQ(shown, "Double 1.5");
+using SmlParserWithDecimalComma = fakes::CommaLocale;
+
+TEST_F(SmlParserWithDecimalComma, TheLocaleDoesNotMatter) {
+    EXPECT_EQ(ShowSmlValue("<F8 1.5>"), "Double 1.5");
 }
 
 }  // namespace

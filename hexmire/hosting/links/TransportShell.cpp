@@ -24,9 +24,9 @@ constexpr auto kLongestHold = 500us;
 
 TransportDriver::Shell::Shell(asio::io_context& loop,
                               SECSIServiceEvents& events,
-                              const LinkSettings& own)
+                              LinkSettings own)
     : loop_(loop),
-      settings_(own),
+      settings_(std::move(own)),
       machine_(std::make_unique<hsms::LinkMachine>(settings_, statistics_)),
       events_(events),
       timer_(loop),

@@ -32,7 +32,7 @@ namespace hexmire {
 /// nothing.
 class TransportDriver::Shell : public std::enable_shared_from_this<TransportDriver::Shell> {
 public:
-    Shell(asio::io_context& loop, SECSIServiceEvents& events, const LinkSettings& own);
+    Shell(asio::io_context& loop, SECSIServiceEvents& events, LinkSettings own);
 
     void Open();
     void Close();
