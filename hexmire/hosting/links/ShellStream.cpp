@@ -10,7 +10,6 @@ namespace hexmire {
 
 namespace {
 
-constexpr std::size_t kInputBytes = std::size_t{64} * 1024;
 /// Frames written in one system call.
 constexpr std::size_t kViewsPerWrite = 64;
 /// Reads in one turn while a long frame is arriving.

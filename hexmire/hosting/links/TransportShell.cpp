@@ -13,7 +13,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::size_t kInputBytes = std::size_t{64} * 1024;
 /// Events raised in one turn of the loop; the others wait for the next, so that handlers which
 /// cause ever new events do not shut everybody else out.
 constexpr std::size_t kEventsPerTurn = 20'000;

@@ -54,6 +54,7 @@ public:
 
 private:
     using Tcp = asio::ip::tcp;
+    static constexpr std::size_t kInputBytes = std::size_t{64} * 1024;  ///< most bytes of one read
     using Resolved = std::function<void(const asio::error_code&, std::vector<Tcp::endpoint>)>;
 
     // TransportShell.cpp: turns, actions, timers, events
