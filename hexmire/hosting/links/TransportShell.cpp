@@ -21,9 +21,7 @@ constexpr auto kLongestHold = 500us;
 
 }  // namespace
 
-TransportDriver::Shell::Shell(asio::io_context& loop,
-                              SECSIServiceEvents& events,
-                              LinkSettings own)
+TransportDriver::Shell::Shell(asio::io_context& loop, SECSIServiceEvents& events, LinkSettings own)
     : loop_(loop),
       settings_(std::move(own)),
       machine_(std::make_unique<hsms::LinkMachine>(settings_, statistics_)),
