@@ -1,8 +1,7 @@
 #include <hexmire/hosting/LocalTime.h>
 
-#include <ctime>
-
 #include <algorithm>
+#include <ctime>
 
 namespace hexmire {
 

@@ -18,11 +18,11 @@ public:
     void StartTimer(std::chrono::milliseconds period, std::function<void()> tick) override {
         ++Starts;
         Period = period;
-        Tick_ = std::move(tick);
+        tick_ = std::move(tick);
     }
     void StopTimer() override {
         ++Stops;
-        Tick_ = nullptr;
+        tick_ = nullptr;
     }
     void PropertyChanged(std::string_view name) override { Changed.emplace_back(name); }
     void Unload(std::function<void()> callback) override {
@@ -36,10 +36,10 @@ public:
 
     /// One tick of the control's timer; nothing while it is stopped.
     void Tick() {
-        const auto tick = Tick_;
+        const auto tick = tick_;
         if (tick) tick();
     }
-    [[nodiscard]] bool TimerRuns() const { return static_cast<bool>(Tick_); }
+    [[nodiscard]] bool TimerRuns() const { return static_cast<bool>(tick_); }
 
     std::vector<std::string> Changed;
     std::chrono::milliseconds Period{0};
@@ -50,7 +50,7 @@ public:
     std::function<void()> Held;
 
 private:
-    std::function<void()> Tick_;
+    std::function<void()> tick_;
 };
 
 }  // namespace hexmire::fakes

@@ -96,7 +96,7 @@ std::string TestHost::LogText() const {
     const auto today = Clock.Now().Date;
     const auto two = [](unsigned value) { return (value < 10 ? "0" : "") + std::to_string(value); };
     const auto found =
-        Files.Files.find("C:\\App\\Log\\SECSII_" + std::to_string(static_cast<int>(today.year())) +
+        Files.Files.find(R"(C:\App\Log\SECSII_)" + std::to_string(static_cast<int>(today.year())) +
                          "-" + two(static_cast<unsigned>(today.month())) + "-" +
                          two(static_cast<unsigned>(today.day())) + ".log");
     return found == Files.Files.end() ? "" : found->second.Content;

@@ -41,7 +41,7 @@ public:
     }
     TransHost(const TransHost&) = delete;
     TransHost& operator=(const TransHost&) = delete;
-    virtual ~TransHost() = default;
+    ~TransHost() override = default;
 
     /// An object that this control made.
     template <class T>
