@@ -50,7 +50,7 @@ check-clang: ## The same, built with Clang
 	cmake --build --preset dev-clang -j $(JOBS)
 	ctest --preset dev-clang -j $(JOBS)
 
-check-tidy: ## Run clang-tidy over every source file
+check-tidy: ## Run clang-tidy over every source file but the tests themselves
 	@scripts/setup check
 	@cmake --preset dev-clang >/dev/null
 	scripts/tidy build/dev-clang $(JOBS)
