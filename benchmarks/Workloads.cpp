@@ -71,7 +71,7 @@ ByteVector ListBytes() {
     ByteVector out;
     PutHeader(out, FormatList, kListItems);
     for (std::uint32_t i = 0; i < kListItems; ++i)
-        PutScalar(out, FormatU4, i * kListStep, 4);
+        PutScalar(out, FormatU4, std::uint64_t{i} * kListStep, 4);
     return out;
 }
 
@@ -79,7 +79,7 @@ ByteVector ArrayBytes() {
     ByteVector out;
     PutHeader(out, FormatU4, std::size_t{kArrayValues} * 4);
     for (std::uint32_t i = 0; i < kArrayValues; ++i)
-        PutNumber(out, i * kArrayStep, 4);
+        PutNumber(out, std::uint64_t{i} * kArrayStep, 4);
     return out;
 }
 
