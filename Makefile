@@ -70,8 +70,10 @@ bench: ## Run the benchmarks and print the ratios that matter
 	cmake --build --preset bench -j $(JOBS) --target hexmire_benchmarks
 	benchmarks/run build/bench
 
-coverage: setup ## Run the tests with counters and print line coverage by folder
+coverage: ## Run the tests with counters; print line and branch coverage by folder
+	@scripts/setup check
 	@cmake --preset coverage >/dev/null
+	@rm -rf build/coverage/profiles
 	cmake --build --preset coverage -j $(JOBS)
 	ctest --preset coverage -j $(JOBS)
 	scripts/coverage build/coverage
