@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-// Lists, what encoding leaves on items and message, and what one fault does to the rest.
+// Lists, what encoding leaves on the message, and what one fault does to the rest.
 
 namespace hexmire {
 namespace {
@@ -137,89 +137,6 @@ TEST(EncodeTree, TheWorkerAppendsToWhatIsThere) {
     EXPECT_EQ(HexOf(bytes), "EE A5 01 01");
 }
 
-struct Record {
-    std::int32_t Format;
-    Variant Value;
-    std::int32_t Nlb;
-    std::int32_t Length;
-    Variant Raw;
-};
-
-TEST(EncodeRecords, EveryItemTellsWhatWasUsed) {
-    const std::vector<Record> rows = {
-        {FormatBoolean, true, 1, 1, std::int16_t{255}},
-        {FormatBoolean, false, 1, 1, std::int16_t{0}},
-        {FormatBoolean, std::vector<bool>{true, false}, 1, 2, Bytes8{255, 0}},
-        {FormatBoolean, std::vector<bool>{true}, 1, 1, Bytes8{255}},
-        {FormatBinary, 0x1F2, 1, 1, std::uint8_t{0xF2}},
-        {FormatBinary, Bytes8{7}, 1, 1, Bytes8{7}},
-        {FormatBinary, std::vector<std::int32_t>{-1, 256}, 1, 2, Bytes8{255, 0}},
-        {FormatAscii, "A", 1, 1, Bytes8{0x41}},
-        {FormatAscii, 12, 1, 2, Bytes8{0x31, 0x32}},
-        {FormatAscii, std::string(300, 'x'), 2, 300, Bytes8(300, 0x78)},
-        {FormatI1, -1, 1, 1, Bytes8{255}},
-        {FormatI2, -2, 1, 2, Bytes8{255, 254}},
-        {FormatI4, 1, 1, 4, Bytes8{0, 0, 0, 1}},
-        {FormatI8, -1, 1, 8, Bytes8(8, 255)},
-        {FormatU1, 255, 1, 1, Bytes8{255}},
-        {FormatU2, 258, 1, 2, Bytes8{1, 2}},
-        {FormatU4, 4294967295U, 1, 4, Bytes8(4, 255)},
-        {FormatU8, 1, 1, 8, Bytes8{0, 0, 0, 0, 0, 0, 0, 1}},
-        {FormatF4, 1.0F, 1, 4, Bytes8{0x3F, 0x80, 0, 0}},
-        {FormatF8, 1.0, 1, 8, Bytes8{0x3F, 0xF0, 0, 0, 0, 0, 0, 0}},
-        {FormatI2, std::vector<std::int32_t>(128, 257), 2, 256, Bytes8(256, 1)},
-        {FormatU1, std::vector<std::int32_t>(65536, 1), 3, 65536, Variant(Bytes8(65536, 1))},
-        {FormatI2, ArrayOf(std::vector<std::int32_t>{1}, 1), 1, 4, Bytes8{0, 0, 0, 1}},
-    };
-    for (const Record& row : rows) {
-        const SECSMessagePtr message = MessageOf(row.Format, row.Value);
-        (void)EncodeBody(*message);
-        const SECSItemPtr item = Body(message);
-        EXPECT_EQ(item->NLB(), row.Nlb) << row.Format;
-        EXPECT_EQ(item->Length(), row.Length) << row.Format;
-        EXPECT_TRUE(item->Raw() == row.Raw) << row.Format;
-    }
-}
-
-TEST(EncodeRecords, TheItemsOwnLengthByteCountIsOverwrittenNotUsed) {
-    const SECSMessagePtr message = MessageOf(FormatList);
-    for (const std::int32_t nlb : {0, 1, 2, 3}) {
-        AddItem(Body(message), FormatU1, nlb)->NLB(nlb);
-    }
-    Body(message)->NLB(3);
-    EXPECT_EQ(EncodedHex(message), "01 04 A5 01 00 A5 01 01 A5 01 02 A5 01 03");
-    EXPECT_EQ(Body(message)->NLB(), 1);
-    for (const SECSItemPtr& child : *Body(message)) {
-        EXPECT_EQ(child->NLB(), 1);
-    }
-}
-
-TEST(EncodeRecords, AnItemWithoutValueKeepsTheRawOfAnEarlierEncoding) {
-    const SECSMessagePtr message = MessageOf(FormatAscii, std::string(300, 'x'));
-    (void)EncodeBody(*message);
-    const SECSItemPtr item = Body(message);
-    for (const Variant& nothing : {Variant(), Variant::Null(), Variant("")}) {
-        item->NLB(3);
-        item->Value(nothing);
-        EXPECT_EQ(EncodedHex(message), "41 00");
-        EXPECT_EQ(item->NLB(), 1);
-        EXPECT_EQ(item->Length(), 0);
-        EXPECT_TRUE(item->Raw() == Variant(Bytes8(300, 0x78)));
-    }
-}
-
-TEST(EncodeRecords, EncodingLeavesFormatsValuesAndNamesAlone) {
-    const SECSMessagePtr message = MessageOf(FormatI2, "7");
-    Body(message)->Name("SPEED");
-    Body(message)->Description("rpm");
-    EXPECT_EQ(EncodedHex(message), "69 02 00 07");
-    EXPECT_TRUE(Body(message)->Value() == Variant("7"));
-    EXPECT_EQ(Body(message)->Format(), FormatI2);
-    EXPECT_EQ(Body(message)->Name(), "SPEED");
-    EXPECT_EQ(Body(message)->Description(), "rpm");
-    EXPECT_EQ(Body(message)->ItemIndex(), 1);
-}
-
 TEST(EncodeFaults, OneFaultInTheMiddleLeavesAllOthersWhole) {
     RecordingSite site;
     const SECSMessagePtr message = MessageOf(FormatList);
@@ -252,6 +169,31 @@ TEST(EncodeFaults, EveryFaultIsReportedInTheOrderOfTheItems) {
                                         "6 (SECSMessage-lBuildSECSMessage) Overflow",
                                         "13 (SECSMessage-lBuildSECSMessage) Type mismatch",
                                         "9 (ModGeneral-IsByteArray) Subscript out of range"}));
+}
+
+TEST(EncodeFaults, AnItemWithoutBytesIsStillCountedInItsList) {
+    RecordingSite site;
+    const SECSMessagePtr message = MessageOf(FormatList);
+    AddItem(Body(message), FormatI4, "abc");
+    const SECSItemPtr inner = AddItem(Body(message), FormatList);
+    AddItem(inner, FormatAscii, Bytes8{1});
+    AddItem(inner, FormatU1, 5);
+    AddItem(Body(message), FormatAscii, "x");
+    EXPECT_EQ(EncodedHex(message), "01 03 71 04 01 02 A5 01 05 41 01 78");
+    EXPECT_EQ(site.Errors,
+              std::vector<std::string>(2, "13 (SECSMessage-lBuildSECSMessage) Type mismatch"));
+    EXPECT_EQ(inner->Length(), 2);
+    EXPECT_EQ(message->Length(), 12);
+}
+
+TEST(EncodeFaults, NoItemIsAnObjectThatIsNotSet) {
+    RecordingSite site;
+    std::vector<std::uint8_t> bytes{0xEE};
+    detail::lBuildSECSMessage(bytes, nullptr);
+    EXPECT_EQ(HexOf(bytes), "EE");
+    EXPECT_EQ(site.Errors,
+              std::vector<std::string>{"91 (SECSMessage-lBuildSECSMessage) Object variable or "
+                                       "With block variable not set"});
 }
 
 TEST(EncodeFaults, WithoutAnyControlFaultsAreDropped) {

@@ -1,11 +1,7 @@
-#include <hexmire/core/detail/Decoder.h>
-#include <hexmire/core/detail/Encoder.h>
-
 #include "../fakes/Messages.h"
 #include "../fakes/RecordingSite.h"
 #include <gtest/gtest.h>
 
-#include <array>
 #include <limits>
 #include <string>
 #include <vector>
@@ -16,9 +12,6 @@ namespace hexmire {
 namespace {
 
 using namespace fakes;
-using detail::lDecToByte;
-using detail::lToNInt;
-using detail::lToPInt;
 
 struct Row {
     std::int32_t Format;
@@ -60,6 +53,8 @@ TEST(EncodeWideIntegers, ASignedMagnitudeWithTheTopBitIsNotChecked) {
         {FormatI8, Power(63), "61 08 80 00 00 00 00 00 00 00"},
         {FormatI8, 18446744073709551615ULL, "61 08 FF FF FF FF FF FF FF FF"},
         {FormatI8, Decimal(0, (1ULL << 63U) + 1, true), "61 08 7F FF FF FF FF FF FF FF"},
+        {FormatI8, Decimal(0, ~0ULL, true), "61 08 00 00 00 00 00 00 00 01"},
+        {FormatI8, Power(64).Negated(), "61 08 FF 00 00 00 00 00 00 00"},
     });
 }
 
@@ -96,17 +91,63 @@ TEST(EncodeWideIntegers, FractionsStayInTheLastByteAndAreRoundedThere) {
         {FormatU4, 255.25, "B1 04 00 00 00 FF"},
         {FormatU4, 256.5, "B1 04 00 00 01 00"},
         {FormatU4, 256.75, "B1 04 00 00 01 01"},
+        {FormatU4, -0.25, "B1 04 00 00 00 02"},
         {FormatU4, -0.5, "B1 04 00 00 00 02"},
+        {FormatU4, -1.25, "B1 04 00 00 00 01"},
+        {FormatU4, -1.5, "B1 04 00 00 00 00"},
+        {FormatU4, -2.5, "B1 04 00 00 00 02"},
+        {FormatU4, "-0.0000000000000000000000000001", "B1 04 00 00 00 02"},
+        {FormatU8, -1000000.75, "A1 08 00 00 00 00 00 00 00 01"},
+        {FormatU4, 127.5, "B1 04 00 00 00 80"},
+        {FormatU4, 128.5, "B1 04 00 00 00 80"},
+        {FormatU4, 254.5, "B1 04 00 00 00 FE"},
+        {FormatU4, 32768.25, "B1 04 00 00 80 00"},
+        {FormatU4, 65534.5, "B1 04 00 00 FF FE"},
+        {FormatU4, "4294967294.5", "B1 04 FF FF FF FE"},
+        {FormatU8, "1180591620717411303424.5", "A1 08 40 00 00 00 00 00 00 00"},
         {FormatU8, "12.7", "A1 08 00 00 00 00 00 00 00 0D"},
         {FormatI8, 12.7, "61 08 00 00 00 00 00 00 00 0D"},
         {FormatI8, -12.7, "61 08 FF FF FF FF FF FF FF F3"},
     });
 }
 
+TEST(EncodeWideIntegers, ANegativeFractionThatRoundsToZeroIsSentAsMinusOne) {
+    // No byte of the complement of zero can take the 1 that is to be added: all stay FF.
+    ExpectEncoded({
+        {FormatI8, -0.25, "61 08 FF FF FF FF FF FF FF FF"},
+        {FormatI8, -0.5, "61 08 FF FF FF FF FF FF FF FF"},
+        {FormatI8, "-0.0000000000000000000000000001", "61 08 FF FF FF FF FF FF FF FF"},
+        {FormatI8, -0.75, "61 08 FF FF FF FF FF FF FF FF"},
+        {FormatI8, -1.25, "61 08 FF FF FF FF FF FF FF FF"},
+        {FormatI8, -1.5, "61 08 FF FF FF FF FF FF FF FE"},
+        {FormatI8, -2.5, "61 08 FF FF FF FF FF FF FF FE"},
+        {FormatI8, -3.5, "61 08 FF FF FF FF FF FF FF FC"},
+        {FormatI8, 0.5, "61 08 00 00 00 00 00 00 00 00"},
+        {FormatI8, -1e-30, "61 08 00 00 00 00 00 00 00 00"},
+        {FormatI8, "-0.0", "61 08 00 00 00 00 00 00 00 00"},
+    });
+}
+
 TEST(EncodeWideIntegers, AByteThatRoundsBeyond255IsAnOverflowInTheHelper) {
     RecordingSite site;
-    EXPECT_EQ(EncodedBeforeSibling(FormatU4, 255.5), "01 02 B1 04 00 00 00 00 A5 01 07");
-    EXPECT_EQ(site.Errors, std::vector<std::string>{"6 (SECSMessage-lDecToByte) Overflow"});
+    for (const double value : {255.5, 255.75, 511.5, 65535.5, 4294967295.5}) {
+        EXPECT_EQ(EncodedBeforeSibling(FormatU4, value), "01 02 B1 04 00 00 00 00 A5 01 07");
+    }
+    EXPECT_EQ(EncodedHex(FormatI8, -255.5), "61 08 FF FF FF FF FF FF FF FF");
+    EXPECT_EQ(EncodedHex(FormatU4, std::vector<double>{16909060, 255.5, 2}),
+              "B1 0C 01 02 03 04 00 00 00 00 00 00 00 02");
+    EXPECT_EQ(site.Errors, std::vector<std::string>(7, "6 (SECSMessage-lDecToByte) Overflow"));
+}
+
+TEST(EncodeWideIntegers, TheSignOfOneElementIsNotThatOfTheNext) {
+    RecordingSite site;
+    EXPECT_EQ(
+        EncodedHex(FormatI8, std::vector<Decimal>{Decimal::FromInt64(-1), Power(71), Decimal()}),
+        "61 18 FF FF FF FF FF FF FF FF 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00");
+    EXPECT_EQ(EncodedHex(FormatI8, std::vector<Decimal>{Power(71).Negated(), Power(0)}),
+              "61 10 FF FF FF FF FF FF FF FF 00 00 00 00 00 00 00 01");
+    EXPECT_EQ(site.Errors,
+              std::vector<std::string>(2, "9 (SECSMessage-lDecToByte) Subscript out of range"));
 }
 
 TEST(EncodeWideIntegers, APartialByteTooManyGoesToTheFirstByte) {
@@ -115,6 +156,9 @@ TEST(EncodeWideIntegers, APartialByteTooManyGoesToTheFirstByte) {
         {FormatU4, 4294967301ULL, "B1 04 01 00 00 05"},
         {FormatU4, 8589934592ULL, "B1 04 02 00 00 00"},
         {FormatU4, 549755813887ULL, "B1 04 7F FF FF FF"},
+        {FormatU4, "549755813887.25", "B1 04 7F FF FF FF"},
+        {FormatU8, Decimal(1, 1, false), "A1 08 01 00 00 00 00 00 00 01"},
+        {FormatU8, Decimal(0x7F, ~0ULL, false), "A1 08 7F FF FF FF FF FF FF FF"},
         {FormatU8, Power(64), "A1 08 01 00 00 00 00 00 00 00"},
         {FormatU8, Power(70), "A1 08 40 00 00 00 00 00 00 00"},
         {FormatU8, 18446744073709551616.0, "A1 08 01 00 00 00 00 00 00 00"},
@@ -130,6 +174,11 @@ TEST(EncodeWideIntegers, AWholeByteTooManyIsABoundsFaultOfTheHelperAndTheItemGoe
         {FormatU4, 1099511627775ULL, "B1 04 FF FF FF FF"},
         {FormatU8, Power(71), "A1 08 00 00 00 00 00 00 00 00"},
         {FormatU8, Decimal(0xFFFFFFFFU, 7, false), "A1 08 00 00 00 00 00 00 00 07"},
+        {FormatU8, "79228162514264337593543950335", "A1 08 FF FF FF FF FF FF FF FF"},
+        {FormatU8, 1e28, "A1 08 3E 25 02 00 00 00 00 00"},
+        {FormatU8, "1e28", "A1 08 3E 25 02 61 10 00 00 00"},
+        {FormatI8, Power(71).Negated(), "61 08 FF FF FF FF FF FF FF FF"},
+        {FormatU4, 549755813888.5, "B1 04 00 00 00 00"},
     };
     RecordingSite site;
     for (const Row& row : rows) {
@@ -158,68 +207,6 @@ TEST(EncodeWideIntegers, BeyondTheDecimalRangeTheHeaderStaysAndOneOverflowIsRepo
         EXPECT_EQ(EncodedBeforeSibling(FormatI8, value), "01 02 61 08 A5 01 07");
         EXPECT_EQ(site.Errors,
                   std::vector<std::string>(3, "6 (SECSMessage-lBuildSECSMessage) Overflow"));
-    }
-}
-
-TEST(DecToByte, WritesBackwardsFromTheCountAndKeepsBytesNotReached) {
-    RecordingSite site;
-    const auto written = [](std::int64_t value, std::int16_t count) {
-        std::array<std::uint8_t, 4> bytes{9, 9, 9, 9};
-        lDecToByte(Decimal::FromInt64(value), bytes, count);
-        return HexOf(bytes);
-    };
-    EXPECT_EQ(written(5, 4), "09 09 09 05");
-    EXPECT_EQ(written(0, 4), "09 09 09 00");
-    EXPECT_EQ(written(255, 4), "09 09 09 FF");
-    EXPECT_EQ(written(256, 4), "09 09 01 00");
-    EXPECT_EQ(written(5, 2), "09 05 09 09");
-    EXPECT_EQ(written(256, 2), "01 00 09 09");
-    EXPECT_EQ(written(65536, 2), "01 00 09 09");
-    EXPECT_EQ(written(65535, 2), "FF FF 09 09");
-    EXPECT_EQ(written(3, 1), "03 09 09 09");
-    EXPECT_EQ(site.Errors, std::vector<std::string>{});
-}
-
-TEST(DecToByte, StopsAtTheByteInFrontOfTheFirst) {
-    RecordingSite site;
-    std::array<std::uint8_t, 2> bytes{9, 9};
-    lDecToByte(Decimal::FromInt64(0xFF1234), bytes, 2);
-    EXPECT_EQ(HexOf(bytes), "12 34");
-    EXPECT_EQ(site.Errors,
-              std::vector<std::string>{"9 (SECSMessage-lDecToByte) Subscript out of range"});
-}
-
-TEST(TwosComplement, NegatesAMagnitudeAndBack) {
-    struct Pair {
-        std::vector<std::uint8_t> Magnitude;
-        std::vector<std::uint8_t> Negative;
-    };
-    const std::vector<Pair> pairs = {
-        {{0, 0, 0, 0, 0, 0, 0, 1}, {255, 255, 255, 255, 255, 255, 255, 255}},
-        {{0, 0, 0, 0, 0, 0, 1, 0}, {255, 255, 255, 255, 255, 255, 255, 0}},
-        {{128, 0, 0, 0, 0, 0, 0, 0}, {128, 0, 0, 0, 0, 0, 0, 0}},
-        {{127, 255}, {128, 1}},
-        {{1}, {255}},
-        {{0x12, 0x34, 0x56}, {0xED, 0xCB, 0xAA}},
-        {{0x12, 0, 0}, {0xEE, 0, 0}},
-    };
-    for (const Pair& pair : pairs) {
-        std::vector<std::uint8_t> bytes = pair.Magnitude;
-        lToNInt(bytes);
-        EXPECT_EQ(bytes, pair.Negative);
-        lToPInt(bytes);
-        EXPECT_EQ(bytes, pair.Magnitude);
-    }
-}
-
-TEST(TwosComplement, HoldsForEveryTwoByteMagnitude) {
-    for (unsigned value = 1; value < 65536; ++value) {
-        std::array<std::uint8_t, 2> bytes{static_cast<std::uint8_t>(value >> 8U),
-                                          static_cast<std::uint8_t>(value)};
-        lToNInt(bytes);
-        ASSERT_EQ(bytes[0] * 256U + bytes[1], 65536 - value);
-        lToPInt(bytes);
-        ASSERT_EQ(bytes[0] * 256U + bytes[1], value);
     }
 }
 
