@@ -133,10 +133,12 @@ void SECSMessageAccess::Build(SECSMessage& message) {
         if (message.root_->ItemCount() > 0) {
             lBuildSECSMessage(bytes, message.root_->Item(std::int32_t{1}));
         }
-        message.length_ = static_cast<std::int32_t>(bytes.size());
+        const auto length = static_cast<std::int32_t>(bytes.size());
+        message.length_ = 0;  // Should memory end here, the bytes of before are not sent again.
         if (bytes.empty()) return;
         message.raw_ = std::move(bytes);
         message.rawHexBytes_ = message.raw_;
+        message.length_ = length;
     });
 }
 

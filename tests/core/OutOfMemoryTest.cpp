@@ -3,6 +3,7 @@
 #include <hexmire/core/SECSMessage.h>
 #include <hexmire/core/detail/SECSItemAccess.h>
 #include <hexmire/core/detail/SECSMessageAccess.h>
+#include <hexmire/sml.h>
 #include <hexmire/support/ModErrorMsg.h>
 
 #include "../fakes/ErrorRecorder.h"
@@ -183,6 +184,20 @@ TEST_F(OutOfMemory, BuildReportsIt) {
         },
         [] {},
         {"(SECSMessage-Build) ", "(SECSMessage-lBuildSECSMessage) ", "(ModGeneral-HexDumpArray) "});
+}
+
+TEST_F(OutOfMemory, BuildNeverAnswersWithTheBytesOfBefore) {
+    const std::vector<std::uint8_t> whole = EncodeBody(*Subject);
+    List->Item(1)->Value("short");
+    std::vector<std::uint8_t> bytes;
+    FailEverywhere([&] { detail::SECSMessageAccess::Build(*Subject, bytes); },
+                   [&] {
+                       EXPECT_NE(bytes, whole);
+                       EXPECT_TRUE(Subject->Length() == 0 ||
+                                   Subject->Length() == Subject->Raw().UpperBound() + 1);
+                   },
+                   {"(SECSMessage-Build) ", "(SECSMessage-lBuildSECSMessage) "});
+    EXPECT_EQ(bytes.size(), whole.size() - kLongText.size() + 5);
 }
 
 TEST_F(OutOfMemory, DumpsAreEmpty) {
