@@ -1,6 +1,6 @@
 #include <hexmire/trans/SECSDictionary.h>
 
-#include "../fakes/TransHost.h"
+#include "Dictionaries.h"
 #include <gtest/gtest.h>
 
 #include <string>
@@ -10,28 +10,12 @@ namespace hexmire {
 namespace {
 
 using Access = detail::SECSTransAccess;
+using fakes::Contents;
+using fakes::DictionaryOf;
 using fakes::TransHost;
 using Reports = TransHost::Reports;
 
 const Reports kNotContained{{1079, "(SECSTrans-Delete) The Root item cannot be deleted.", 0}};
-
-/// A dictionary of the named entries.
-SECSDictionaryPtr DictionaryOf(TransHost& host, const std::vector<std::string>& names) {
-    SECSDictionaryPtr dictionary = host.Make<SECSDictionary>();
-    for (const std::string& name : names) {
-        dictionary->AddNewTrans(dictionary->TransCount() + 1)->Name(name);
-    }
-    return dictionary;
-}
-
-/// "A1 B2": names and indexes in order.
-std::string Contents(const SECSDictionary& dictionary) {
-    std::string text;
-    for (const SECSTransPtr& entry : dictionary) {
-        text += (text.empty() ? "" : " ") + entry->Name() + std::to_string(entry->Index());
-    }
-    return text;
-}
 
 TEST(Delete, IsRefusedOutsideACollection) {
     TransHost host;
@@ -173,6 +157,47 @@ TEST(Delete, MakesATransactionSendableAgain) {
     EXPECT_EQ(host.Record.Sent.size(), 2U);
     EXPECT_EQ(trans->SystemBytes(), 2);
     EXPECT_EQ(trans->Index(), 1);
+}
+
+TEST(Delete, TurnsATemplateIntoAWorkingTransaction) {
+    TransHost host;
+    const auto dictionary = DictionaryOf(host, {"A", "B"});
+    const SECSTransPtr trans = dictionary->SECSTrans(1);
+    trans->Delete();
+    trans->Send();
+    EXPECT_EQ(host.Take(), Reports{});
+    EXPECT_EQ(host.Table->SECSTrans("A"), trans);
+    EXPECT_EQ(Contents(*dictionary), "B1");
+}
+
+TEST(Delete, OfAnEntryFromBeforeATearDownTakesTheOneThatHasItsPlace) {
+    TransHost host;
+    const auto dictionary = DictionaryOf(host, {"A", "B"});
+    const SECSTransPtr stale = dictionary->SECSTrans(1);
+    detail::SECSDictionaryAccess::TearDown(*dictionary);
+    const SECSTransPtr fresh = dictionary->AddNewTrans(1);
+    dictionary->AddNewTrans(2)->Name("D");
+    stale->Delete();
+    EXPECT_EQ(Contents(*dictionary), "D1");
+    EXPECT_EQ(Access::Parent(*stale), nullptr);
+    EXPECT_EQ(Access::Parent(*fresh), dictionary);
+    EXPECT_EQ(host.Take(), Reports{});
+}
+
+TEST(Delete, OfATransactionThatStandsTwiceTakesThePlaceOfItsIndex) {
+    TransHost host;
+    const SECSTransPtr trans = host.MakeTrans(1, 1);
+    const SECSTransPtr between = host.MakeTrans(1, 3);
+    trans->Send();
+    between->Send();
+    Access::Parent(*trans, nullptr);
+    trans->Send();
+    EXPECT_EQ(trans->Index(), 3);
+    trans->Delete();
+    ASSERT_EQ(host.Table->TransCount(), 2);
+    EXPECT_EQ(host.Table->SECSTrans(1), trans);
+    EXPECT_EQ(host.Table->SECSTrans(2), between);
+    EXPECT_EQ(Access::StoredIndex(*trans), 1);
 }
 
 TEST(Delete, MayBeCalledAgainFromTheReportOfItsOwnRefusal) {

@@ -1,6 +1,6 @@
 #include <hexmire/trans/SECSDictionary.h>
 
-#include "../fakes/TransHost.h"
+#include "Dictionaries.h"
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -12,43 +12,15 @@ namespace {
 
 using Access = detail::SECSTransAccess;
 using DictionaryAccess = detail::SECSDictionaryAccess;
+using fakes::Contents;
+using fakes::DictionaryOf;
 using fakes::TransHost;
 using Reports = TransHost::Reports;
 
-const char* const kEmptyText =
-    "(SECSDictionary-Get SECSTrans) There are no SECSTrans defined in the SECSDictionary. You must "
-    "either add SECSTrans you define yourself or use default SECSDictionary.";
-const char* const kTooSmall =
-    "(SECSDictionary-Get SECSTrans) The SECSTrans index value is too small. The index must be 1 or "
-    "greater.";
-const char* const kTooLarge =
-    "(SECSDictionary-Get SECSTrans) The SECSTrans index value is too large. The index must be not "
-    "greater than TransCount + 1.";
-const char* const kNoName =
-    "(SECSDictionary-Get SECSTrans) SECSTrans name is not found in the SECSDictionary.";
-const char* const kNoKind =
-    "(SECSDictionary-Get SECSTrans) The parameter to the SECSTrans property must be either a "
-    "number or a string.";
 const Reports kNoPlace{{2004,
                         "(SECSDictionary-AddNewTrans) You cannot add new SECSTrans out of limit "
                         "between 1 to TransCount+1.",
                         0}};
-
-SECSDictionaryPtr DictionaryOf(TransHost& host, const std::vector<std::string>& names) {
-    SECSDictionaryPtr dictionary = host.Make<SECSDictionary>();
-    for (const std::string& name : names) {
-        dictionary->AddNewTrans(dictionary->TransCount() + 1)->Name(name);
-    }
-    return dictionary;
-}
-
-std::string Contents(const SECSDictionary& dictionary) {
-    std::string text;
-    for (const SECSTransPtr& entry : dictionary) {
-        text += (text.empty() ? "" : " ") + entry->Name() + std::to_string(entry->Index());
-    }
-    return text;
-}
 
 TEST(Dictionary, IsCreatedEmptyAndNamed) {
     TransHost host;
@@ -60,92 +32,6 @@ TEST(Dictionary, IsCreatedEmptyAndNamed) {
     EXPECT_EQ(dictionary->Description(), "");
     dictionary->Description("TRANSINUSE");
     EXPECT_EQ(dictionary->Description(), "TRANSINUSE");
-}
-
-struct LookupRow {
-    const char* Label;
-    Variant Value;
-    std::int32_t Found;  // Position; 0: none.
-    std::int32_t Code;
-    const char* Text;
-};
-
-TEST(DictionaryLookup, FollowsTheTableOfKinds) {
-    TransHost host;
-    const auto dictionary = DictionaryOf(host, {"S1F1", "", "S1F3", "S1F1", "s1f3", " "});
-    const SECSTransPtr entry = dictionary->SECSTrans(1);
-    const std::vector<LookupRow> rows{
-        {"long 1", Variant(1), 1, 0, ""},
-        {"long 6", Variant(6), 6, 0, ""},
-        {"integer 2", Variant(std::int16_t{2}), 2, 0, ""},
-        {"long 0", Variant(0), 0, 1022, kTooSmall},
-        {"integer -1", Variant(std::int16_t{-1}), 0, 1022, kTooSmall},
-        {"least", Variant(std::numeric_limits<std::int32_t>::min()), 0, 1022, kTooSmall},
-        {"long 7", Variant(7), 0, 1026, kTooLarge},
-        {"greatest", Variant(std::numeric_limits<std::int32_t>::max()), 0, 1026, kTooLarge},
-        {"first of two names", Variant("S1F1"), 1, 0, ""},
-        {"name", Variant("S1F3"), 3, 0, ""},
-        {"letter case counts", Variant("s1f3"), 5, 0, ""},
-        {"other case", Variant("s1f1"), 0, 1025, kNoName},
-        {"blank is a name", Variant(" "), 6, 0, ""},
-        {"no trimming", Variant("S1F1 "), 0, 1025, kNoName},
-        {"no prefix", Variant("S1F"), 0, 1025, kNoName},
-        {"digits are a name", Variant("1"), 0, 1025, kNoName},
-        {"empty text", Variant(""), 0, 0, ""},
-        {"double", Variant(2.0), 0, 1024, kNoKind},
-        {"single", Variant(2.0F), 0, 1024, kNoKind},
-        {"byte", Variant(std::uint8_t{2}), 0, 1024, kNoKind},
-        {"boolean", Variant(true), 0, 1024, kNoKind},
-        {"decimal", Variant(Decimal::FromInt64(2)), 0, 1024, kNoKind},
-        {"empty", Variant(), 0, 1024, kNoKind},
-        {"null", Variant::Null(), 0, 1024, kNoKind},
-        {"array", Variant(std::vector<std::int32_t>{1}), 0, 1024, kNoKind},
-        {"object", Variant(entry), 0, 1024, kNoKind}};
-    for (const LookupRow& row : rows) {
-        const SECSTransPtr found = dictionary->SECSTrans(row.Value);
-        EXPECT_EQ(found == nullptr ? 0 : found->Index(), row.Found) << row.Label;
-        const Reports expected = row.Code == 0 ? Reports{} : Reports{{row.Code, row.Text, 0}};
-        EXPECT_EQ(host.Take(), expected) << row.Label;
-    }
-}
-
-TEST(DictionaryLookup, TellsOfAnEmptyDictionaryBeforeAnythingElse) {
-    TransHost host;
-    const auto dictionary = host.Make<SECSDictionary>();
-    for (const Variant& value :
-         {Variant(1), Variant(0), Variant("S1F1"), Variant(""), Variant(1.0), Variant()}) {
-        EXPECT_EQ(dictionary->SECSTrans(value), nullptr);
-        EXPECT_EQ(host.Take(), (Reports{{1020, kEmptyText, 0}}));
-    }
-}
-
-TEST(DictionaryLookup, TakesPlainIntegersAndTexts) {
-    TransHost host;
-    const auto dictionary = DictionaryOf(host, {"A", "B"});
-    EXPECT_EQ(dictionary->SECSTrans(2)->Name(), "B");
-    EXPECT_EQ(dictionary->SECSTrans(2U)->Name(), "B");
-    EXPECT_EQ(dictionary->SECSTrans(std::size_t{1})->Name(), "A");
-    EXPECT_EQ(dictionary->SECSTrans(std::string("B"))->Name(), "B");
-    EXPECT_EQ(dictionary->SECSTrans(std::string_view("A"))->Name(), "A");
-    EXPECT_EQ(host.Take(), Reports{});
-    EXPECT_EQ(dictionary->SECSTrans(std::int64_t{1} << 40), nullptr);
-    EXPECT_EQ(host.Take(), (Reports{{1024, kNoKind, 0}}));
-}
-
-TEST(DictionaryLookup, ComparesNamesOfAnyBytes) {
-    TransHost host;
-    const std::string name("\0\xC4 x", 4);
-    const auto dictionary = DictionaryOf(host, {"\xE4 x", name});
-    EXPECT_EQ(dictionary->SECSTrans(Variant(std::string_view(name)))->Index(), 2);
-}
-
-TEST(DictionaryLookup, FollowsARenamedEntry) {
-    TransHost host;
-    const auto dictionary = DictionaryOf(host, {"A", "B"});
-    dictionary->SECSTrans("A")->Name("C");
-    EXPECT_EQ(dictionary->SECSTrans("C")->Index(), 1);
-    EXPECT_EQ(dictionary->SECSTrans("A"), nullptr);
-    EXPECT_EQ(host.Take(), (Reports{{1025, kNoName, 0}}));
 }
 
 TEST(DictionaryInsert, PutsTheNewEntryAtItsPositionAndRenumbers) {
@@ -215,6 +101,31 @@ TEST(DictionaryInsert, GivesItsMakerToWhatItMakes) {
     EXPECT_EQ(second.Take(), Reports{});
 }
 
+TEST(DictionaryInsert, ThatIsRefusedReturnsNoneEvenWhenItsReportInserts) {
+    TransHost host;
+    const auto dictionary = DictionaryOf(host, {"A"});
+    SECSTransPtr inner;
+    host.OnError = [&] { inner = dictionary->AddNewTrans(1); };
+    EXPECT_EQ(dictionary->AddNewTrans(3), nullptr);
+    EXPECT_EQ(host.Take(), kNoPlace);
+    ASSERT_NE(inner, nullptr);
+    inner->Name("N");
+    EXPECT_EQ(Contents(*dictionary), "N1 A2");
+}
+
+TEST(DictionaryInsert, LeavesMessagesAndFlagsOfTheMovedEntries) {
+    TransHost host;
+    const auto dictionary = DictionaryOf(host, {"A"});
+    const SECSTransPtr moved = dictionary->SECSTrans(1);
+    moved->ReplyExpected(false);
+    Access::InProgress(*moved, true);
+    dictionary->AddNewTrans(1);
+    EXPECT_EQ(moved->Index(), 2);
+    EXPECT_FALSE(moved->ReplyExpected());
+    EXPECT_TRUE(moved->InProgress());
+    EXPECT_EQ(dictionary->SECSTrans(2), moved);
+}
+
 TEST(DictionaryInsert, InFrontManyTimesKeepsEveryIndex) {
     TransHost host;
     const auto dictionary = host.Make<SECSDictionary>();
@@ -261,6 +172,27 @@ TEST(DictionaryTearDown, EmptiesTheCollectionAndLeavesTheParents) {
     DictionaryAccess::TearDown(*dictionary);
     EXPECT_EQ(host.Take(), Reports{});
     EXPECT_EQ(dictionary->AddNewTrans(1)->Index(), 1);
+}
+
+TEST(DictionaryTearDown, LeavesItsEntriesAsUnsendableAsTheyWere) {
+    TransHost host;
+    const auto dictionary = DictionaryOf(host, {"A"});
+    const SECSTransPtr entry = dictionary->SECSTrans(1);
+    DictionaryAccess::TearDown(*dictionary);
+    entry->Send();
+    entry->Reply();
+    EXPECT_EQ(
+        host.Take(),
+        (Reports{{2009, "(SECSTrans-Send) You must call NewSECSTrans to use send method.", 0},
+                 {2009, "(SECSTrans-Reply) You must call NewSECSTrans to use send method.", 0}}));
+}
+
+TEST(DictionaryTearDown, LeavesTheDescription) {
+    TransHost host;
+    const auto dictionary = DictionaryOf(host, {"A"});
+    dictionary->Description("mine");
+    DictionaryAccess::TearDown(*dictionary);
+    EXPECT_EQ(dictionary->Description(), "mine");
 }
 
 TEST(DictionaryTearDown, InsideAWalkLeavesTheWalkWhole) {

@@ -27,50 +27,6 @@ SECSTransPtr Received(TransHost& host, std::int32_t systemBytes) {
     return trans;
 }
 
-struct HeaderRow {
-    std::int32_t PortType;
-    bool HostRole;
-    std::int32_t DeviceId;
-    bool ReplyExpected;
-    std::int32_t Stream;
-    std::int32_t Function;
-    std::int32_t SystemBytes;
-    const char* Header;
-};
-
-class ReplyHeader : public ::testing::TestWithParam<HeaderRow> {};
-
-TEST_P(ReplyHeader, HasTheTenBytesOfTheRow) {
-    const HeaderRow& row = GetParam();
-    TransHost host;
-    host.PortType = row.PortType;
-    host.HostRole = row.HostRole;
-    const SECSTransPtr trans = Received(host, row.SystemBytes);
-    trans->Secondary()->Stream(row.Stream);
-    trans->Secondary()->Func(row.Function);
-    trans->DeviceID(row.DeviceId);
-    trans->ReplyExpected(row.ReplyExpected);
-    trans->Reply();
-    ASSERT_EQ(host.Record.Sent.size(), 1U);
-    EXPECT_EQ(HexOf(host.Record.Sent[0].Header), row.Header);
-    EXPECT_EQ(host.LogLines().at(0), std::string("SECS I HEADER Reply : ") + row.Header);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows,
-    ReplyHeader,
-    ::testing::Values(HeaderRow{1, true, 0, true, 1, 2, 5, "00 00 01 02 00 00 00 00 00 05"},
-                      HeaderRow{1, true, 0, false, 1, 2, 5, "00 00 01 02 00 00 00 00 00 05"},
-                      HeaderRow{1, false, 0, true, 1, 2, 5, "80 00 01 02 00 00 00 00 00 05"},
-                      HeaderRow{2, false, 0, true, 1, 2, 5, "00 00 01 02 00 00 00 00 00 05"},
-                      HeaderRow{3, false, 0, true, 1, 2, 5, "80 00 01 02 00 00 00 00 00 05"},
-                      HeaderRow{4, false, 0, true, 1, 2, 5, "80 00 01 02 00 00 00 00 00 05"},
-                      HeaderRow{4, true, 0, true, 1, 2, 5, "00 00 01 02 00 00 00 00 00 05"},
-                      HeaderRow{1, false, 32767, true, 1, 2, 5, "FF FF 01 02 00 00 00 00 00 05"},
-                      HeaderRow{1, true, 258, true, 127, 0, 5, "01 02 7F 00 00 00 00 00 00 05"},
-                      HeaderRow{
-                          1, true, 0, true, 1, 2, 2147483647, "00 00 01 02 00 00 7F FF FF FF"}));
-
 TEST(Reply, SendsTheSecondaryUnderTheStoredSystemBytes) {
     TransHost host;
     detail::State().SystemBytesCounter = 41;

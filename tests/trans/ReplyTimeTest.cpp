@@ -125,6 +125,73 @@ TEST(T3Timer, ReportsTheRefusedDeleteWhenTheReportAlreadyDeleted) {
     EXPECT_EQ(host.Take(), (Reports{Expired("[SystemBytes-1] S1F3"), kNotContained}));
 }
 
+TEST(T3Timer, TakesItselfOutWhereverTheReportHasMovedIt) {
+    TransHost host;
+    const SECSTransPtr front = Waiting(host);
+    const SECSTransPtr trans = Waiting(host);
+    const SECSTransPtr behind = Waiting(host);
+    SECSTransPtr late;
+    host.OnError = [&] {
+        front->Delete();
+        late = Waiting(host);
+    };
+    Access::T3Timer(*trans, 0);
+    EXPECT_EQ(host.Take(), (Reports{Expired("[SystemBytes-2] S1F3")}));
+    ASSERT_EQ(host.Table->TransCount(), 2);
+    EXPECT_EQ(host.Table->SECSTrans(1), behind);
+    EXPECT_EQ(host.Table->SECSTrans(2), late);
+    EXPECT_EQ(behind->Index(), 1);
+    EXPECT_EQ(late->Index(), 2);
+}
+
+TEST(T3Timer, DeletesEvenWhenTheReportGrantsMoreTime) {
+    TransHost host;
+    const SECSTransPtr trans = Waiting(host);
+    host.OnError = [&] { Access::T3Timer(*trans, 45); };
+    Access::T3Timer(*trans, 0);
+    EXPECT_EQ(host.Table->TransCount(), 0);
+    EXPECT_EQ(Access::T3Timer(*trans), 45);
+}
+
+TEST(T3Timer, OfATransactionInItsReportRefusesToSendAndReply) {
+    TransHost host;
+    const SECSTransPtr trans = Waiting(host);
+    host.OnError = [&] {
+        host.OnError = nullptr;
+        trans->Send();
+        trans->Reply();
+    };
+    Access::T3Timer(*trans, 0);
+    EXPECT_EQ(
+        host.Take(),
+        (Reports{Expired("[SystemBytes-1] S1F3"),
+                 {2009, "(SECSTrans-Send) You must call NewSECSTrans to use send method.", 0},
+                 {2009, "(SECSTrans-Reply) You must call NewSECSTrans to use send method.", 0}}));
+    EXPECT_EQ(host.Record.Sent.size(), 1U);
+}
+
+TEST(T3Timer, WithoutPrimaryFaultsAndLeavesTheEntry) {
+    TransHost host;
+    const SECSTransPtr trans = Waiting(host);
+    Access::Primary(*trans, nullptr);
+    Access::T3Timer(*trans, 0);
+    EXPECT_EQ(
+        host.Take(),
+        (Reports{
+            {91, "(SECSTrans-Let T3Timer) Object variable or With block variable not set", 0}}));
+    EXPECT_EQ(Access::T3Timer(*trans), 0);
+    EXPECT_EQ(host.Table->TransCount(), 1);
+    EXPECT_EQ(Access::Parent(*trans), host.Table);
+}
+
+TEST(T3Timer, WritesSystemBytesBelowZeroWithTheirSign) {
+    TransHost host;
+    const SECSTransPtr trans = Waiting(host);
+    Access::SystemBytes(*trans, -1);
+    Access::T3Timer(*trans, -1);
+    EXPECT_EQ(host.Take(), (Reports{Expired("[SystemBytes--1] S1F3")}));
+}
+
 TEST(T3Timer, SurvivesAsTheLastReferenceOfTheTable) {
     TransHost host;
     SECSTrans* const bare = Waiting(host).get();
@@ -210,6 +277,35 @@ TEST(T3Counter, OutsideATableReportsTheRefusedDeleteToo) {
     trans->Name("N");
     Access::T3Counter(*trans, 180);
     EXPECT_EQ(host.Take(), (Reports{Cleared("N"), kNotContained}));
+}
+
+TEST(T3Counter, ReportsTheRefusedDeleteWhenTheReportAlreadyDeleted) {
+    TransHost host;
+    const SECSTransPtr trans = Waiting(host);
+    host.OnError = [&] {
+        host.OnError = nullptr;
+        trans->Delete();
+    };
+    Access::T3Counter(*trans, 180);
+    EXPECT_EQ(host.Take(), (Reports{Cleared(""), kNotContained}));
+}
+
+TEST(T3Counter, DeletesEvenWhenTheReportRaisesTheLimit) {
+    TransHost host;
+    const SECSTransPtr trans = Waiting(host);
+    host.OnError = [&] { host.T3 = 120; };
+    Access::T3Counter(*trans, 180);
+    EXPECT_EQ(host.Table->TransCount(), 0);
+}
+
+TEST(T3Counter, NeedsNoMessages) {
+    TransHost host;
+    const SECSTransPtr trans = Waiting(host);
+    Access::Primary(*trans, nullptr);
+    Access::Secondary(*trans, nullptr);
+    Access::T3Counter(*trans, 180);
+    EXPECT_EQ(host.Take(), (Reports{Cleared("")}));
+    EXPECT_EQ(host.Table->TransCount(), 0);
 }
 
 TEST(T3Start, IsAPlainMark) {

@@ -52,6 +52,17 @@ TEST(SendFault, OfTheDriverAllowsAnotherTryWithNewSystemBytes) {
     EXPECT_EQ(host.Errors.size(), 1U);
 }
 
+TEST(SendFault, OfTheDriverLeavesThePrimaryEncoded) {
+    TransHost host;
+    host.Record.FailingCall = "SendMessage";
+    const SECSTransPtr trans = host.MakeTrans(1, 1);
+    fakes::AddItem(trans->Primary()->Root(), FormatU1, 7);
+    trans->Send();
+    EXPECT_EQ(trans->Primary()->Length(), 3);
+    EXPECT_EQ(trans->Primary()->RawHex(), "A5 01 07");
+    EXPECT_EQ(trans->Primary()->Item(1)->NLB(), 1);
+}
+
 TEST(SendFault, OfTheDriverLeavesOthersThatWait) {
     TransHost host;
     const SECSTransPtr waiting = host.MakeTrans(1, 1);
@@ -200,10 +211,27 @@ TEST(SendFault, InSmlLeavesTheMessageSentAndWaiting) {
         list->Item(1)->Value(Variant(host.Make<SECSItem>()));  // No text for an object.
     };
     trans->Send();
-    ASSERT_FALSE(host.Errors.empty());
-    EXPECT_TRUE(host.Errors[0].Text.starts_with("(SECSMessage-ItemToSML) "));
+    EXPECT_EQ(
+        host.Take(),
+        (Reports{
+            {438, "(SECSMessage-ItemToSML) Object doesn't support this property or method", 0}}));
     EXPECT_EQ(host.Table->TransCount(), 1);
-    EXPECT_EQ(host.LogLines().size(), 4U);
+    EXPECT_EQ(host.LogLines(),
+              (Lines{kHeaderLine,
+                     "SECS I DATALEN Send : 5",
+                     "SECS I DATA Send : 01 01 A5 01 01",
+                     "SECS II Message Send : \r\nS1F1 W\r\n< L \r\n >\r\n.\r\n"}));
+}
+
+TEST(SendFault, InSmlDoesNotComeWithoutALog) {
+    TransHost host(false);
+    const SECSTransPtr trans = host.MakeTrans(1, 1);
+    fakes::AddItem(trans->Primary()->Root(), FormatAscii, Variant(std::vector<std::int32_t>{1}));
+    fakes::AddItem(trans->Secondary()->Root(), FormatAscii, Variant(std::vector<std::int32_t>{1}));
+    trans->Reply();
+    trans->Send();
+    const fakes::ReportedError encoding{13, "(SECSMessage-lBuildSECSMessage) Type mismatch", 0};
+    EXPECT_EQ(host.Take(), (Reports{encoding, encoding}));
 }
 
 TEST(SendFault, KeepsATransactionThatTheDriverDroppedOnTheWay) {

@@ -1,4 +1,3 @@
-#include <hexmire/core/detail/SECSMessageAccess.h>
 #include <hexmire/trans/TransFactory.h>
 
 #include "../fakes/Messages.h"
@@ -12,11 +11,9 @@ namespace hexmire {
 namespace {
 
 using Access = detail::SECSTransAccess;
-using MessageAccess = detail::SECSMessageAccess;
 using fakes::AddItem;
 using fakes::TransHost;
 using ModGeneral::CreateNewTrans;
-using ModGeneral::CreateSECSMessage;
 using Reports = TransHost::Reports;
 
 const char* const kNoTrans =
@@ -64,6 +61,55 @@ TEST(CopyOfATemplate, TakesEveryStatedField) {
     EXPECT_EQ(target->Primary()->Func(), 3);
     EXPECT_EQ(target->Primary()->Name(), "request");
     EXPECT_EQ(target->Secondary()->Func(), 4);
+    EXPECT_EQ(host.Take(), Reports{});
+}
+
+TEST(CopyOfATemplate, TakesTheFlagsAndNumbersInEitherDirection) {
+    TransHost host;
+    for (const bool value : {true, false}) {
+        const SECSTransPtr source = host.MakeTrans(1, 1);
+        const SECSTransPtr target = host.MakeTrans(1, 1);
+        source->AutoSystemBytes(value);
+        source->ReplyExpected(!value);
+        target->AutoSystemBytes(!value);
+        target->ReplyExpected(value);
+        Access::SystemBytes(*target, 44);
+        CreateNewTrans(target, source);
+        EXPECT_EQ(target->AutoSystemBytes(), value);
+        EXPECT_EQ(target->ReplyExpected(), !value);
+        EXPECT_EQ(target->SystemBytes(), 0);
+    }
+}
+
+TEST(CopyOfATemplate, KeepsItsDeviceIdWhenTheControlsChangesBeforeItIsSent) {
+    TransHost host;
+    host.DeviceId = 42;
+    const SECSTransPtr target = host.Make<SECSTrans>();
+    CreateNewTrans(target, Template(host.Make<SECSDictionary>()));
+    host.DeviceId = 43;
+    target->Send();
+    EXPECT_EQ(host.Record.Sent.at(0).Header[1], 42);
+}
+
+TEST(CopyOfATemplate, OntoAFilledTransactionStandsBehindTheOldBody) {
+    TransHost host;
+    const SECSTransPtr target = host.MakeTrans(1, 1);
+    AddItem(target->Primary()->Root(), FormatU1, 1);
+    CreateNewTrans(target, Template(host.Make<SECSDictionary>()));
+    EXPECT_EQ(target->Primary()->Root()->ItemCount(), 2);
+    EXPECT_EQ(target->Secondary()->Root()->ItemCount(), 1);
+    EXPECT_EQ(fakes::HexOf(EncodeBody(*target->Primary())), "A5 01 01");
+}
+
+TEST(CopyOfATemplate, OfItselfGetsEachBodyTwice) {
+    TransHost host;
+    const SECSTransPtr trans = Template(host.Make<SECSDictionary>());
+    CreateNewTrans(trans, trans);
+    EXPECT_EQ(Access::Parent(*trans), nullptr);
+    EXPECT_EQ(trans->DeviceID(), 0);
+    EXPECT_EQ(trans->Primary()->Root()->ItemCount(), 2);
+    EXPECT_EQ(trans->Secondary()->Root()->ItemCount(), 2);
+    EXPECT_EQ(trans->Name(), "S1F3");
     EXPECT_EQ(host.Take(), Reports{});
 }
 
@@ -210,99 +256,6 @@ TEST(CopyOfATemplate, GoesOnWithTheSecondaryWhenThePrimaryIsMissing) {
     EXPECT_EQ(host.Take(), (Reports{{91, kNoMessage, 0}}));
     EXPECT_EQ(target->Primary()->Stream(), 2);
     EXPECT_EQ(target->Secondary()->Stream(), 33);
-}
-
-TEST(CopyOfAMessage, TakesHeaderFieldsRawAndItemTree) {
-    TransHost host;
-    const SECSMessagePtr source = host.Make<SECSMessage>();
-    source->Stream(6);
-    source->Func(11);
-    source->Name("N");
-    source->Description("D");
-    AddItem(source->Root(), FormatU1, 5);
-    std::vector<std::uint8_t> bytes;
-    MessageAccess::Build(*source, bytes);
-    const SECSMessagePtr target = host.Make<SECSMessage>();
-    CreateSECSMessage(target, source);
-    EXPECT_EQ(target->Stream(), 6);
-    EXPECT_EQ(target->Func(), 11);
-    EXPECT_EQ(target->Name(), "N");
-    EXPECT_EQ(target->Description(), "D");
-    EXPECT_EQ(target->Length(), 3);
-    EXPECT_EQ(target->RawHex(), "A5 01 05");
-    EXPECT_EQ(target->Raw(), source->Raw());
-    EXPECT_EQ(target->Item(1)->Value(), Variant(5));
-}
-
-TEST(CopyOfAMessage, LeavesWhatTheSourceHasEmpty) {
-    TransHost host;
-    const SECSMessagePtr source = host.Make<SECSMessage>();
-    const SECSMessagePtr target = host.Make<SECSMessage>();
-    target->Name("kept");
-    target->Description("kept too");
-    target->Raw(5);
-    MessageAccess::RawHex(*target, "AA");
-    MessageAccess::Length(*target, 9);
-    target->Stream(3);
-    target->Func(7);
-    CreateSECSMessage(target, source);
-    EXPECT_EQ(target->Name(), "kept");
-    EXPECT_EQ(target->Description(), "kept too");
-    EXPECT_EQ(target->Raw(), Variant(5));
-    EXPECT_EQ(target->RawHex(), "AA");
-    EXPECT_EQ(target->Length(), 0);
-    EXPECT_EQ(target->Stream(), 0);
-    EXPECT_EQ(target->Func(), 1);
-    EXPECT_EQ(target->Root()->ItemCount(), 0);
-}
-
-TEST(CopyOfAMessage, TakesTheFirstItemOfTheRootOnly) {
-    TransHost host;
-    const SECSMessagePtr source = host.Make<SECSMessage>();
-    AddItem(source->Root(), FormatU1, 1);
-    AddItem(source->Root(), FormatU1, 2);
-    const SECSMessagePtr target = host.Make<SECSMessage>();
-    CreateSECSMessage(target, source);
-    EXPECT_EQ(target->Root()->ItemCount(), 1);
-    EXPECT_EQ(target->Item(1)->Value(), Variant(1));
-    EXPECT_EQ(source->Root()->ItemCount(), 2);
-}
-
-TEST(CopyOfAMessage, AppendsBehindWhatTheTargetHolds) {
-    TransHost host;
-    const SECSMessagePtr source = host.Make<SECSMessage>();
-    AddItem(source->Root(), FormatU1, 1);
-    const SECSMessagePtr target = host.Make<SECSMessage>();
-    AddItem(target->Root(), FormatU1, 9);
-    CreateSECSMessage(target, source);
-    CreateSECSMessage(target, source);
-    std::vector<Variant> values;
-    for (const SECSItemPtr& item : *target->Root())
-        values.push_back(item->Value());
-    EXPECT_EQ(values, (std::vector<Variant>{9, 1, 1}));
-}
-
-TEST(CopyOfAMessage, CopiesNamesAndDepthOfTheTree) {
-    TransHost host;
-    const SECSMessagePtr source = host.Make<SECSMessage>();
-    SECSItemPtr item = AddItem(source->Root(), FormatList);
-    for (int depth = 0; depth < 200; ++depth) {
-        item->Name("level" + std::to_string(depth));
-        item = AddItem(item, FormatList);
-    }
-    AddItem(item, FormatAscii, "deep");
-    const SECSMessagePtr target = host.Make<SECSMessage>();
-    CreateSECSMessage(target, source);
-    EXPECT_EQ(target->Item(1)->Name(), "level0");
-    EXPECT_EQ(EncodeBody(*target), EncodeBody(*source));
-}
-
-TEST(CopyOfAMessage, NeedsBothMessages) {
-    TransHost host;
-    CreateSECSMessage(host.Make<SECSMessage>(), nullptr);
-    EXPECT_EQ(host.Take(), (Reports{{91, kNoMessage, 0}}));
-    CreateSECSMessage(nullptr, host.Make<SECSMessage>());
-    EXPECT_EQ(host.Take(), (Reports{{91, kNoMessage, 0}}));
 }
 
 }  // namespace
