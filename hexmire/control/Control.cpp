@@ -48,7 +48,7 @@ void Control::Initialize(const hexmire::Platform& platform) {
     }
     PushAll(SettingPushes::LastDefaults());
     connected_ = RequireDriver().LinkStatus();
-    portOpened_ = RequireDriver().LinkStatus();
+    portOpened_ = connected_;
     currentBaud_ = settings_.BaudRate;
     currentConnectionType_ = settings_.HSMSConnectionType;
     errorCode_ = 0;

@@ -9,8 +9,8 @@
 namespace hexmire {
 
 /// One node of a loaded XML document, in document order. Texts are byte strings in ISO 8859-1; a
-/// character above U+00FF reads as "?". A node keeps what it needs of its document alive only as
-/// long as the document itself lives and is not loaded again.
+/// character above U+00FF reads as "?". A node keeps what it needs of its document alive: the walk
+/// through one file goes on when an error handler loads the next into the same document.
 class IXMLNode {
 public:
     /// True for an element; false for text, white space, comments and anything else.

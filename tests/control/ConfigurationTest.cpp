@@ -1,4 +1,4 @@
-#include "../fakes/TestHost.h"
+#include "ReadyHost.h"
 #include "Settings.h"
 #include <gtest/gtest.h>
 
@@ -9,9 +9,7 @@
 namespace hexmire {
 namespace {
 
-using fakes::ErrorEvent;
-using fakes::TestHost;
-using Names = std::vector<std::string>;
+using namespace fakes;
 
 std::string TextOf(std::int32_t value) { return std::to_string(value); }
 std::string TextOf(bool value) { return value ? "True" : "False"; }
@@ -22,14 +20,9 @@ std::string TextOf(float value) {
     return text.str();
 }
 
-/// A host that has forgotten what construction did.
-struct Configured : TestHost {
-    Configured() { Driver.Calls.clear(); }
-};
-
 template <class Row>
 void ExpectAccepted(const Row& row) {
-    Configured host;
+    ReadyHost host;
     Hexmire& control = host.Control();
     EXPECT_EQ((control.*row.Getter)(), row.Default) << row.Name;
     Names calls;
@@ -51,7 +44,7 @@ void ExpectAccepted(const Row& row) {
 template <class Row>
 void ExpectRefused(const Row& row) {
     for (const auto& refused : row.Refused) {
-        Configured host;
+        ReadyHost host;
         Hexmire& control = host.Control();
         std::int32_t codeInHandler = -1;
         const auto record = control.Events().Error;
@@ -62,9 +55,9 @@ void ExpectRefused(const Row& row) {
             };
         (control.*row.Setter)(refused);
         EXPECT_EQ((control.*row.Getter)(), row.Default) << row.Name;
-        EXPECT_EQ(host.Errors,
-                  (std::vector<ErrorEvent>{
-                      {row.Code, std::string("(Hexmire-Let ") + row.Name + ") " + row.Text, 0}}));
+        EXPECT_EQ(
+            host.Errors,
+            (Errors{{row.Code, std::string("(Hexmire-Let ") + row.Name + ") " + row.Text, 0}}));
         EXPECT_EQ(codeInHandler, 0) << row.Name;
         EXPECT_EQ(control.ErrorCode(), row.Code) << row.Name;
         EXPECT_EQ(host.Driver.Calls, Names{}) << row.Name;
@@ -76,56 +69,72 @@ void ExpectRefused(const Row& row) {
 template <class Row>
 void ExpectPushFault(const Row& row) {
     if (*row.DriverMember == '\0') return;
-    Configured host;
+    ReadyHost host;
+    const auto& value = row.Accepted.back();
     host.Driver.FailingCall = row.DriverMember;
-    (host.Control().*row.Setter)(row.Accepted.back());
-    EXPECT_EQ((host.Control().*row.Getter)(), row.Accepted.back()) << row.Name;
-    EXPECT_EQ(host.Errors,
-              (std::vector<ErrorEvent>{
-                  {-2147467259, std::string("(Hexmire-Let ") + row.Name + ") driver failed", 0}}));
+    (host.Control().*row.Setter)(value);
+    EXPECT_EQ((host.Control().*row.Getter)(), value) << row.Name;
+    EXPECT_EQ(host.Errors, (Errors{DriverFailedIn(std::string("Let ") + row.Name)}));
     EXPECT_EQ(host.Control().ErrorCode(), -2147467259);
     EXPECT_EQ(host.Container.Changed, Names{}) << row.Name;
+    host.Driver.FailingCall = "";
+    (host.Control().*row.Setter)(value);
+    EXPECT_EQ(host.Container.Changed, row.Notifies ? Names{row.Name} : Names{});
+    EXPECT_EQ(host.Errors.size(), 1U) << row.Name;
+}
+
+/// An open port changes nothing: the driver has the value at once and is asked nothing.
+template <class Row>
+void ExpectTakenWhileOpen(const Row& row) {
+    ReadyHost host;
+    host.Control().OpenPort();
+    host.Driver.Calls.clear();
+    host.Driver.StatusReads = 0;
+    (host.Control().*row.Setter)(row.Accepted.front());
+    EXPECT_EQ(host.Driver.Calls.size(), *row.DriverMember == '\0' ? 0U : 1U) << row.Name;
+    EXPECT_EQ(host.Driver.StatusReads, 0) << row.Name;
+    EXPECT_EQ(host.Raised, Names{}) << row.Name;
+    EXPECT_TRUE(host.Control().PortOpened());
 }
 
 /// Without an Error handler a refusal changes the code all the same.
 template <class Row>
 void ExpectCodeWithoutHandler(const Row& row) {
     if (row.Refused.empty()) return;
-    Configured host;
+    ReadyHost host;
     host.Control().Events().Error = nullptr;
     (host.Control().*row.Setter)(row.Refused.front());
     EXPECT_EQ(host.Control().ErrorCode(), row.Code) << row.Name;
 }
 
-/// After the teardown a setter reports the missing driver and notifies nobody.
+/// After the teardown a setter takes nothing, good or bad, and notifies nobody.
 template <class Row>
 void ExpectInertAfterTeardown(const Row& row) {
-    if (*row.DriverMember == '\0') return;
-    Configured host;
+    ReadyHost host;
     host.Control().ControlTerminate();
     host.Driver.Calls.clear();
-    host.Raised.clear();
-    host.Errors.clear();
-    (host.Control().*row.Setter)(row.Accepted.back());
-    ASSERT_EQ(host.Errors.size(), 1U) << row.Name;
-    EXPECT_EQ(host.Errors[0],
-              (ErrorEvent{91,
-                          std::string("(Hexmire-Let ") + row.Name +
-                              ") Object variable or With block variable not set",
-                          0}));
+    auto values = row.Accepted;
+    values.insert(values.end(), row.Refused.begin(), row.Refused.end());
+    for (const auto& value : values) {
+        host.Errors.clear();
+        (host.Control().*row.Setter)(value);
+        EXPECT_EQ((host.Control().*row.Getter)(), row.Default) << row.Name;
+        EXPECT_EQ(host.Errors, (Errors{NotSetIn(std::string("Let ") + row.Name)}));
+        EXPECT_EQ(host.Control().ErrorCode(), 91) << row.Name;
+    }
     EXPECT_EQ(host.Driver.Calls, Names{});
     EXPECT_EQ(host.Container.Changed, Names{});
 }
 
 template <class Check>
 void ForEachProperty(const Check& check) {
-    for (const auto& row : fakes::IntegerRows())
+    for (const auto& row : IntegerRows())
         check(row);
-    for (const auto& row : fakes::FloatRows())
+    for (const auto& row : FloatRows())
         check(row);
-    for (const auto& row : fakes::FlagRows())
+    for (const auto& row : FlagRows())
         check(row);
-    for (const auto& row : fakes::TextRows())
+    for (const auto& row : TextRows())
         check(row);
 }
 
@@ -149,8 +158,12 @@ TEST(Configuration, IsInertAfterTheTeardown) {
     ForEachProperty([](const auto& row) { ExpectInertAfterTeardown(row); });
 }
 
+TEST(Configuration, IsTakenWhileThePortIsOpen) {
+    ForEachProperty([](const auto& row) { ExpectTakenWhileOpen(row); });
+}
+
 TEST(Configuration, PushesTheStoredValueBeforeItNotifies) {
-    Configured host;
+    ReadyHost host;
     Names order;
     host.Driver.OnCall = [&](const std::string& call) {
         order.push_back(call + " " + std::to_string(host.Control().T3Timeout()) + " " +
@@ -163,37 +176,31 @@ TEST(Configuration, PushesTheStoredValueBeforeItNotifies) {
 
 TEST(Configuration, HoldsATimeOutRetryThatTheDriverCannotTake) {
     for (const std::int32_t value : {32768, 40000, 86400}) {
-        Configured host;
+        ReadyHost host;
         host.Control().TimeOutRetry(value);
         EXPECT_EQ(host.Control().TimeOutRetry(), value);
-        EXPECT_EQ(host.Errors,
-                  (std::vector<ErrorEvent>{{6, "(Hexmire-Let TimeOutRetry) Overflow", 0}}));
+        EXPECT_EQ(host.Errors, (Errors{{6, "(Hexmire-Let TimeOutRetry) Overflow", 0}}));
         EXPECT_EQ(host.Control().ErrorCode(), 6);
         EXPECT_EQ(host.Driver.Calls, Names{});
         EXPECT_EQ(host.Container.Changed, Names{});
+        host.Control().TimeOutRetry(86401);
+        EXPECT_EQ(host.Control().TimeOutRetry(), value);
+        host.Control().TimeOutRetry(32767);
+        EXPECT_EQ(host.Driver.Calls, (Names{"TimeOutRetry(32767)"}));
+        EXPECT_EQ(host.Container.Changed, (Names{"TimeOutRetry"}));
     }
 }
 
 TEST(Configuration, NotifiesEvenWhenTheValueStaysTheSame) {
-    Configured host;
+    ReadyHost host;
     host.Control().BaudRate(9600);
     host.Control().BaudRate(9600);
     EXPECT_EQ(host.Container.Changed, (Names{"BaudRate", "BaudRate"}));
     EXPECT_EQ(host.Driver.Calls, (Names{"BaudRate(9600)", "BaudRate(9600)"}));
 }
 
-TEST(Configuration, IsTakenWhileThePortIsOpen) {
-    Configured host;
-    host.Control().OpenPort();
-    host.Driver.Calls.clear();
-    host.Control().T3Timeout(9);
-    host.Control().DeviceID(7);
-    EXPECT_EQ(host.Driver.Calls, (Names{"T3(9)", "DeviceID(7)"}));
-    EXPECT_EQ(host.Raised, Names{});
-}
-
 TEST(Configuration, KeepsTheLastCodeUntilAnotherError) {
-    Configured host;
+    ReadyHost host;
     host.Control().DeviceID(40000);
     host.Control().DeviceID(5);
     EXPECT_EQ(host.Control().ErrorCode(), 1047);
@@ -202,7 +209,7 @@ TEST(Configuration, KeepsTheLastCodeUntilAnotherError) {
 }
 
 TEST(Configuration, InsideTheErrorHandlerStillReadsTheOldCode) {
-    Configured host;
+    ReadyHost host;
     Hexmire& control = host.Control();
     control.DeviceID(40000);
     std::vector<std::int32_t> codes;
@@ -215,7 +222,7 @@ TEST(Configuration, InsideTheErrorHandlerStillReadsTheOldCode) {
 }
 
 TEST(Configuration, MayBeCorrectedFromInsideTheErrorHandler) {
-    Configured host;
+    ReadyHost host;
     Hexmire& control = host.Control();
     control.Events().Error = [&](std::int32_t, const std::string&, std::int32_t) {
         control.DeviceID(12);
@@ -227,7 +234,7 @@ TEST(Configuration, MayBeCorrectedFromInsideTheErrorHandler) {
 }
 
 TEST(Configuration, StoresTheOuterCodeLastWhenAHandlerCausesAnotherError) {
-    Configured host;
+    ReadyHost host;
     Hexmire& control = host.Control();
     int depth = 0;
     control.Events().Error = [&](std::int32_t, const std::string&, std::int32_t) {
@@ -236,6 +243,29 @@ TEST(Configuration, StoresTheOuterCodeLastWhenAHandlerCausesAnotherError) {
     control.DeviceID(40000);
     EXPECT_EQ(depth, 2);
     EXPECT_EQ(control.ErrorCode(), 1047);
+}
+
+TEST(Configuration, EndsInsideTheErrorHandlerThatTerminatesTheControl) {
+    ReadyHost host;
+    Hexmire& control = host.Control();
+    control.Events().Error = [&](std::int32_t code, const std::string&, std::int32_t) {
+        if (code == 1047) control.ControlTerminate();
+    };
+    control.DeviceID(40000);
+    EXPECT_FALSE(host.Driver.Alive);
+    EXPECT_EQ(control.ErrorCode(), 1047);
+    control.DeviceID(5);
+    EXPECT_EQ(control.DeviceID(), 0);
+    EXPECT_EQ(control.ErrorCode(), 91);
+}
+
+TEST(Configuration, OfTheDeviceIDServesTransactionsMadeAfterwards) {
+    ReadyHost host;
+    const SECSTransPtr before = host.Control().NewSECSTransaction();
+    host.Control().DeviceID(7);
+    EXPECT_EQ(before->DeviceID(), 0);
+    EXPECT_EQ(host.Control().NewSECSTransaction()->DeviceID(), 7);
+    EXPECT_EQ(host.AddTemplate("S1F1", 1, 1)->DeviceID(), 7);
 }
 
 }  // namespace

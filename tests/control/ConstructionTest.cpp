@@ -1,4 +1,4 @@
-#include "../fakes/TestHost.h"
+#include "ReadyHost.h"
 #include "Settings.h"
 #include <gtest/gtest.h>
 
@@ -10,9 +10,7 @@
 namespace hexmire {
 namespace {
 
-using fakes::ErrorEvent;
-using fakes::TestHost;
-using Names = std::vector<std::string>;
+using namespace fakes;
 
 const Names kPushes{"BaudRate(9600)",
                     "HostRole(True)",
@@ -46,7 +44,8 @@ struct Place : TestHost {
     Place() {
         DestroyControl();
         Driver.Calls.clear();
-        Container = fakes::RecordingContainer();
+        Driver.StatusReads = 0;
+        Container = RecordingContainer();
     }
 };
 
@@ -81,6 +80,37 @@ TEST(Construction, StartsTheTimerOfHalfASecondOnce) {
     EXPECT_TRUE(host.Container.TimerRuns());
 }
 
+TEST(Construction, MakesTheDriverThenTheDocumentThenStartsTheTimerThenPushes) {
+    Place place;
+    Names order;
+    const Platform given = place.MakePlatform();
+    Platform platform = given;
+    platform.NewDriver = [&](SECSIServiceEvents& events) {
+        order.emplace_back("driver");
+        return given.NewDriver(events);
+    };
+    platform.NewXMLDocument = [&] {
+        order.emplace_back("document");
+        return given.NewXMLDocument();
+    };
+    place.Container.OnCall = [&](const std::string& call) { order.push_back(call); };
+    place.Driver.OnCall = [&](const std::string& call) {
+        if (order.size() < 4) order.push_back(call);
+    };
+    const Hexmire control(platform);
+    EXPECT_EQ(order, (Names{"driver", "document", "StartTimer", "BaudRate"}));
+    EXPECT_EQ(place.Driver.Calls, kPushes);
+}
+
+TEST(Construction, StopsWhenTheTimerCannotBeStarted) {
+    Place place;
+    place.Container.OnCall = [](const std::string&) { throw std::runtime_error("no timers left"); };
+    const Hexmire control(place.MakePlatform());
+    EXPECT_EQ(control.ErrorCode(), 440);
+    EXPECT_EQ(place.Driver.Calls, Names{});
+    EXPECT_NE(control.SECSDictionary(), nullptr);
+}
+
 TEST(Construction, MakesTheDictionaryAndTheTable) {
     TestHost host;
     ASSERT_NE(host.Control().SECSDictionary(), nullptr);
@@ -98,7 +128,7 @@ TEST(Construction, FixesTheFace) {
     EXPECT_EQ(control.Width(), 615);
     EXPECT_EQ(control.Height(), 615);
     EXPECT_EQ(control.Caption(), "SxFx");
-    for (const std::int32_t size : {0, 1, -5, 10000, fakes::kLongMax}) {
+    for (const std::int32_t size : {0, 1, -5, 10000, kLongMax}) {
         control.Resize(size, size / 2);
         EXPECT_EQ(control.Width(), 615);
         EXPECT_EQ(control.Height(), 615);
@@ -120,10 +150,12 @@ TEST(Construction, NamesTheLogBelowTheApplicationFolder) {
 TEST(Construction, AppendsTheTailsToAnyFolderAsItStands) {
     Place place;
     Platform platform = place.MakePlatform();
-    platform.ApplicationFolder = "/opt/fab host";
-    const Hexmire control(platform);
-    EXPECT_EQ(control.SECSLogFile(), "/opt/fab host\\Log\\SECSII.log");
-    EXPECT_EQ(control.SECSILogPath(), "/opt/fab host\\Log\\");
+    for (const std::string folder : {"/opt/fab host", "", "C:\\App\\", "D:"}) {
+        platform.ApplicationFolder = folder;
+        const Hexmire control(platform);
+        EXPECT_EQ(control.SECSLogFile(), folder + "\\Log\\SECSII.log");
+        EXPECT_EQ(control.SECSILogPath(), folder + "\\Log\\");
+    }
 }
 
 TEST(Construction, MakesNoLogObjectWithoutMessageLog) {
@@ -133,7 +165,16 @@ TEST(Construction, MakesNoLogObjectWithoutMessageLog) {
     EXPECT_EQ(host.Driver.Calls, kPushes);
 }
 
-TEST(Construction, ReadsTheDriversStatus) {
+TEST(Construction, ReadsTheDriversStatusOnceBehindThePushes) {
+    Place place;
+    int readBefore = 0;
+    place.Driver.OnCall = [&](const std::string&) { readBefore = place.Driver.StatusReads; };
+    const Hexmire control(place.MakePlatform());
+    EXPECT_EQ(readBefore, 0);
+    EXPECT_EQ(place.Driver.StatusReads, 1);
+}
+
+TEST(Construction, KeepsWhatIsCurrent) {
     TestHost host;
     EXPECT_FALSE(host.Control().Connected());
     EXPECT_FALSE(host.Control().PortOpened());
@@ -143,16 +184,18 @@ TEST(Construction, ReadsTheDriversStatus) {
 
 TEST(Construction, StopsAtThePushThatFaultsAndKeepsItsCode) {
     for (std::size_t failing = 0; failing < kPushes.size(); ++failing) {
-        const std::string member = kPushes[failing].substr(0, kPushes[failing].find('('));
+        const std::string member = MemberOf(kPushes[failing]);
         if (member == "ConnectionRetryLimit" && failing > 3) continue;  // The first one fails.
         Place place;
         place.Driver.FailingCall = member;
         std::unique_ptr<Hexmire> control;
         EXPECT_NO_THROW(control = std::make_unique<Hexmire>(place.MakePlatform()));
-        EXPECT_EQ(
-            place.Driver.Calls,
-            Names(kPushes.begin(), kPushes.begin() + static_cast<std::ptrdiff_t>(failing) + 1));
+        EXPECT_EQ(place.Driver.Calls, FirstOf(kPushes, failing + 1));
+        EXPECT_EQ(place.Driver.StatusReads, 0) << member;
         EXPECT_EQ(control->ErrorCode(), -2147467259) << member;
+        EXPECT_TRUE(place.Container.TimerRuns()) << member;
+        const bool beforeTheLog = failing <= 12;
+        EXPECT_EQ(detail::HexmireAccess::Log(*control) == nullptr, beforeTheLog) << member;
     }
 }
 
@@ -182,11 +225,23 @@ TEST(Construction, SurvivesADriverThatCannotBeMade) {
     EXPECT_EQ(control.ErrorCode(), 77);
     control.T3Timeout(3);
     EXPECT_EQ(control.ErrorCode(), 91);
+    EXPECT_EQ(control.T3Timeout(), 3);
     EXPECT_FALSE(control.Connected());
+    Errors errors;
+    control.Events().Error = [&](std::int32_t code, const std::string& text, std::int32_t line) {
+        errors.push_back({code, text, line});
+    };
     control.OpenPort();
+    EXPECT_EQ(errors, (Errors{NotSetIn("Get PortOpened"), NotSetIn("OpenPort")}));
+    errors.clear();
+    EXPECT_EQ(control.NewSECSTransaction("S1F1"), nullptr);
+    EXPECT_EQ(errors, (Errors{NotSetIn("NewSECSTransaction")}));
+    errors.clear();
     control.ClosePort();
     control.ControlTerminate();
+    EXPECT_EQ(errors.size(), 2U);
     EXPECT_TRUE(place.Driver.Calls.empty());
+    EXPECT_EQ(place.Container.Starts, 0);
 }
 
 TEST(Construction, SurvivesAPlatformThatGivesNothing) {
@@ -231,6 +286,30 @@ TEST(Construction, BeginsWithTheSameDefaultsEachTime) {
     EXPECT_EQ(second.T3Timeout(), 45);
     EXPECT_EQ(second.SerialPort(), "COM1");
     EXPECT_EQ(place.Driver.Calls, kPushes);
+}
+
+TEST(Construction, ThatFaultedServesNoObjectsOfTheHost) {
+    TestHost first;
+    Place place;
+    const SECSTransPtr free = New<SECSTrans>();
+    place.Driver.FailingCall = "RecipeFileEnabled";
+    Hexmire second(place.MakePlatform());
+    first.Errors.clear();
+    free->DeviceID(-1);
+    EXPECT_EQ(first.Errors.size(), 1U);
+    EXPECT_EQ(second.ErrorCode(), -2147467259);
+    second.NewSECSTransaction()->DeviceID(-1);
+    EXPECT_EQ(first.Errors.size(), 1U);
+    EXPECT_EQ(second.ErrorCode(), 1047);
+}
+
+TEST(Construction, ForgetsAnErrorThatTheDriverReportedMeanwhile) {
+    Place place;
+    place.Driver.OnCall = [&](const std::string& call) {
+        if (call == "T8") place.Driver.Events->Error(5, "early");
+    };
+    const Hexmire control(place.MakePlatform());
+    EXPECT_EQ(control.ErrorCode(), 0);
 }
 
 }  // namespace

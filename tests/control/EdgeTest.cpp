@@ -77,55 +77,6 @@ TEST(ControlsOwnError, OfAThrowingHandlerIsReportedInTheRoutinesName) {
     EXPECT_EQ(host.Control().DeviceID(), 0);
 }
 
-TEST(Notification, ThatThrowsIsAFaultOfTheSetter) {
-    struct Throwing : RecordingContainer {
-        void PropertyChanged(std::string_view name) override {
-            RecordingContainer::PropertyChanged(name);
-            throw std::runtime_error("container bug");
-        }
-    };
-    TestHost host;
-    Throwing container;
-    Platform platform = host.MakePlatform();
-    Platform other{.NewDriver = platform.NewDriver,
-                   .NewXMLDocument = platform.NewXMLDocument,
-                   .Container = container,
-                   .Files = host.Files,
-                   .Clock = host.Clock,
-                   .ApplicationFolder = "C:\\App"};
-    Hexmire control(other);
-    Errors errors;
-    control.Events().Error = [&](std::int32_t code, const std::string& text, std::int32_t line) {
-        errors.push_back({code, text, line});
-    };
-    control.DeviceID(4);
-    EXPECT_EQ(control.DeviceID(), 4);
-    EXPECT_EQ(errors, (Errors{{440, "(Hexmire-Let DeviceID) container bug", 0}}));
-}
-
-TEST(Notification, MaySetTheSamePropertyAgain) {
-    struct Nagging : RecordingContainer {
-        void PropertyChanged(std::string_view name) override {
-            RecordingContainer::PropertyChanged(name);
-            if (Changed.size() == 1) Control->DeviceID(9);
-        }
-        Hexmire* Control = nullptr;
-    };
-    TestHost host;
-    Nagging container;
-    const Platform platform = host.MakePlatform();
-    Hexmire control(Platform{.NewDriver = platform.NewDriver,
-                             .NewXMLDocument = platform.NewXMLDocument,
-                             .Container = container,
-                             .Files = host.Files,
-                             .Clock = host.Clock,
-                             .ApplicationFolder = "C:\\App"});
-    container.Control = &control;
-    control.DeviceID(4);
-    EXPECT_EQ(control.DeviceID(), 9);
-    EXPECT_EQ(container.Changed.size(), 2U);
-}
-
 TEST(Conversation, RunsFromSendToReplyInItsStatedOrder) {
     Receiving host;
     host.Control().OpenPort();

@@ -1,17 +1,16 @@
 #include <hexmire/trans/detail/SECSTransAccess.h>
 
-#include "../fakes/TestHost.h"
+#include "ReadyHost.h"
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace hexmire {
 namespace {
 
-using fakes::ErrorEvent;
-using fakes::TestHost;
-using Names = std::vector<std::string>;
+using namespace fakes;
 
 const Names kNotified{
     "BaudRate",         "ConnectionHost",      "ConnectionPortType", "ConnectionRetryLimit",
@@ -22,41 +21,49 @@ const Names kNotified{
     "T4Timeout",        "T5Timeout",           "T6Timeout",          "T7Timeout",
     "T8Timeout",        "TimeOutRetry"};
 
+const Names kPushed = DefaultPushesAnd({"RecipeFileEnabled(False)",
+                                        "RecipeSendPath()",
+                                        "RecipeRecvPath()",
+                                        "SECSILogPath(C:\\App\\Log\\)"});
+
 TEST(InitProperties, ChecksPushesAndNotifiesEverySettingInTheTablesOrder) {
-    TestHost host;
-    host.Driver.Calls.clear();
+    ReadyHost host;
     host.Control().InitProperties();
-    EXPECT_EQ(host.Driver.Calls,
-              (Names{"BaudRate(9600)",
-                     "HostRole(True)",
-                     "PortType(1)",
-                     "ConnectionRetryLimit(3)",
-                     "DeviceID(0)",
-                     "DuplicateBlockCheck(True)",
-                     "HSMSConnectionMode(1)",
-                     "InterleaveCheck(False)",
-                     "LocalIPAddress(0.0.0.0)",
-                     "LocalIPPort(5000)",
-                     "Trace(False)",
-                     "RemoteIPAddress(255.255.255.100)",
-                     "RemoteIPPort(5000)",
-                     "SerialPort(COM1)",
-                     "SystemBytesCheck(False)",
-                     "T1(0.3)",
-                     "T2(0.5)",
-                     "T3(45)",
-                     "T4(10)",
-                     "T5(10)",
-                     "T6(5)",
-                     "T7(10)",
-                     "T8(5)",
-                     "TimeOutRetry(0)",
-                     "RecipeFileEnabled(False)",
-                     "RecipeSendPath()",
-                     "RecipeRecvPath()",
-                     "SECSILogPath(C:\\App\\Log\\)"}));
+    EXPECT_EQ(host.Driver.Calls, kPushed);
+    EXPECT_EQ(host.Driver.StatusReads, 0);
     EXPECT_EQ(host.Container.Changed, kNotified);
     EXPECT_EQ(host.Raised, Names{});
+}
+
+TEST(InitProperties, GoesOnBehindEachSetterThatFaults) {
+    for (const std::string& push : kPushed) {
+        ReadyHost host;
+        host.Driver.FailingCall = MemberOf(push);
+        host.Control().InitProperties();
+        EXPECT_EQ(host.Driver.Calls, kPushed) << push;
+        ASSERT_EQ(host.Errors.size(), 1U) << push;
+        const bool notifies = push.find("ecipe") == std::string::npos && !push.starts_with("SECSI");
+        EXPECT_EQ(host.Container.Changed.size(), notifies ? 25U : 26U) << push;
+    }
+}
+
+TEST(InitProperties, StopsWhenTheTimerCannotBeStarted) {
+    ReadyHost host;
+    host.Container.OnCall = [](const std::string&) { throw std::runtime_error("no timers left"); };
+    host.Control().InitProperties();
+    EXPECT_EQ(host.Errors, (Errors{{440, "(Hexmire-InitProperties) no timers left", 0}}));
+    EXPECT_EQ(host.Driver.Calls, Names{});
+}
+
+TEST(InitProperties, NotifiesOfALogNameThatTheLogRefusesAgain) {
+    ReadyHost host;
+    host.Control().SECSLogFile("trace.txt");
+    host.Errors.clear();
+    host.Container.Changed.clear();
+    host.Control().InitProperties();
+    EXPECT_EQ(host.Errors.size(), 1U);
+    EXPECT_EQ(host.Control().ErrorCode(), 2014);
+    EXPECT_EQ(host.Container.Changed, kNotified);
 }
 
 TEST(InitProperties, StartsTheTimerAgainWithTheTimeOfNow) {
@@ -85,23 +92,12 @@ TEST(InitProperties, PushesWhatIsHeldNow) {
     EXPECT_EQ(host.Driver.Calls.at(25), "RecipeSendPath(R:\\)");
 }
 
-TEST(InitProperties, GoesOnBehindASetterThatFaults) {
-    TestHost host;
-    host.Driver.Calls.clear();
-    host.Driver.FailingCall = "PortType";
-    host.Control().InitProperties();
-    EXPECT_EQ(host.Driver.Calls.size(), 28U);
-    EXPECT_EQ(host.Container.Changed.size(), 25U);
-    EXPECT_EQ(host.Errors,
-              (std::vector<ErrorEvent>{
-                  {-2147467259, "(Hexmire-Let ConnectionPortType) driver failed", 0}}));
-}
-
 TEST(InitProperties, AfterTheTeardownStartsNoTimer) {
     TestHost host;
     host.Control().ControlTerminate();
     host.Driver.Calls.clear();
     host.Control().InitProperties();
+    EXPECT_EQ(host.Errors, (Errors{NotSetIn("InitProperties")}));
     EXPECT_FALSE(host.Container.TimerRuns());
     EXPECT_EQ(host.Driver.Calls, Names{});
     EXPECT_EQ(host.Container.Changed, Names{});
@@ -131,10 +127,12 @@ TEST(LogFileSetting, AcceptsTheExtensionAnywhereInAnyCase) {
 TEST(LogFileSetting, WithoutTheExtensionLeavesTheLogWhereItWas) {
     TestHost host;
     host.Control().SECSLogFile("trace.txt");
-    EXPECT_EQ(host.Errors,
-              (std::vector<ErrorEvent>{
-                  {2014, "(CLogFile-Let FileName) Log file name must have extension .log.", 0}}));
+    EXPECT_EQ(
+        host.Errors,
+        (Errors{{2014, "(CLogFile-Let FileName) Log file name must have extension .log.", 0}}));
     EXPECT_EQ(host.Control().ErrorCode(), 2014);
+    EXPECT_EQ(host.Control().SECSLogFile(), "trace.txt");
+    EXPECT_EQ(host.Container.Changed, (Names{"SECSLogFile"}));
     EXPECT_EQ(detail::HexmireAccess::Log(host.Control())->FileName(), "C:\\App\\Log\\SECSII.log");
     host.Control().NewSECSTransaction()->Send();
     EXPECT_EQ(host.LogLines().size(), 3U);
@@ -146,6 +144,7 @@ TEST(LogFileSetting, OfNothingIsIgnoredByTheLog) {
     EXPECT_EQ(host.Raised, Names{});
     EXPECT_EQ(detail::HexmireAccess::Log(host.Control())->FileName(), "C:\\App\\Log\\SECSII.log");
     EXPECT_EQ(host.Control().SECSLogFile(), "");
+    EXPECT_EQ(host.Container.Changed, (Names{"SECSLogFile"}));
 }
 
 TEST(LogFileSetting, IsHeldWithoutALogObject) {
@@ -158,6 +157,16 @@ TEST(LogFileSetting, IsHeldWithoutALogObject) {
     EXPECT_EQ(host.Files.Appends, 0);
 }
 
+TEST(LogFileSetting, AfterTheTeardownIsNotTaken) {
+    TestHost host;
+    host.Control().ControlTerminate();
+    host.Control().SECSLogFile("C:\\x.log");
+    host.Control().SECSLogFile("trace.txt");
+    EXPECT_EQ(host.Errors, (Errors{NotSetIn("Let SECSLogFile"), NotSetIn("Let SECSLogFile")}));
+    EXPECT_EQ(host.Control().SECSLogFile(), "C:\\App\\Log\\SECSII.log");
+    EXPECT_EQ(host.Container.Changed, Names{});
+}
+
 TEST(LogFileSetting, IsNotPushed) {
     TestHost host;
     host.Driver.Calls.clear();
@@ -167,12 +176,14 @@ TEST(LogFileSetting, IsNotPushed) {
 
 TEST(Status, IsAskedOfTheDriverOnEveryRead) {
     TestHost host;
+    host.Driver.StatusReads = 0;
     host.Driver.Status = true;
     EXPECT_TRUE(host.Control().Connected());
     EXPECT_TRUE(host.Control().PortOpened());
     host.Driver.Status = false;
     EXPECT_FALSE(host.Control().PortOpened());
     EXPECT_FALSE(host.Control().Connected());
+    EXPECT_EQ(host.Driver.StatusReads, 4);
     EXPECT_EQ(host.Raised, Names{});
 }
 
@@ -183,20 +194,21 @@ TEST(Status, ReportsADriverThatCannotTell) {
     host.Driver.FailingCall = "LinkStatus";
     EXPECT_FALSE(host.Control().Connected());
     EXPECT_FALSE(host.Control().PortOpened());
-    EXPECT_EQ(
-        host.Errors,
-        (std::vector<ErrorEvent>{{-2147467259, "(Hexmire-Get Connected) driver failed", 0},
-                                 {-2147467259, "(Hexmire-Get PortOpened) driver failed", 0}}));
+    EXPECT_EQ(host.Errors,
+              (Errors{DriverFailedIn("Get Connected"), DriverFailedIn("Get PortOpened")}));
+    EXPECT_EQ(host.Control().ErrorCode(), -2147467259);
 }
 
 TEST(Status, CopiesTheSettingsThatAreCurrent) {
-    TestHost host;
+    ReadyHost host;
     host.Control().BaudRate(19200);
     host.Control().HSMSConnectionType(3);
     EXPECT_EQ(host.Control().CurrentBaud(), 19200);
     EXPECT_EQ(host.Control().CurrentHSMSConnectionType(), 3);
     host.Control().BaudRate(7);
     EXPECT_EQ(host.Control().CurrentBaud(), 19200);
+    EXPECT_EQ(host.Driver.StatusReads, 0);
+    EXPECT_EQ(host.Container.Changed, (Names{"BaudRate", "HSMSConnectionType"}));
 }
 
 }  // namespace

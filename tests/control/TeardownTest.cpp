@@ -1,7 +1,6 @@
 #include <hexmire/trans/detail/SECSTransAccess.h>
 
-#include "../fakes/Messages.h"
-#include "../fakes/TestHost.h"
+#include "ReadyHost.h"
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -11,14 +10,8 @@
 namespace hexmire {
 namespace {
 
+using namespace fakes;
 using Access = detail::SECSTransAccess;
-using fakes::ErrorEvent;
-using fakes::Header;
-using fakes::TestHost;
-using Names = std::vector<std::string>;
-using Errors = std::vector<ErrorEvent>;
-
-constexpr const char* kNotSet = "Object variable or With block variable not set";
 
 TEST(Teardown, StopsTheTimerThenClosesAndReleasesTheDriver) {
     TestHost host;
@@ -34,6 +27,108 @@ TEST(Teardown, StopsTheTimerThenClosesAndReleasesTheDriver) {
     EXPECT_FALSE(host.Driver.Alive);
     EXPECT_FALSE(host.Container.TimerRuns());
     EXPECT_EQ(host.Raised, Names{});
+    EXPECT_EQ(host.Control().ErrorCode(), 0);
+}
+
+TEST(Teardown, ReleasesTheDriverBeforeItEmptiesTheTableAndThenTheDocument) {
+    // A tag of the host's tells when its transaction goes.
+    struct Document : IXMLDocument {
+        explicit Document(Names& order) : Order(order) {}
+        Document(const Document&) = delete;
+        Document& operator=(const Document&) = delete;
+        ~Document() override { Order.emplace_back("document"); }
+        bool Load(const std::string&) override { return true; }
+        [[nodiscard]] std::int32_t ParseErrorCode() const override { return 0; }
+        [[nodiscard]] std::shared_ptr<const IXMLNode> DocumentElement() const override {
+            return nullptr;
+        }
+        Names& Order;
+    };
+    TestHost host;
+    Names order;
+    const auto tag = [&](const std::string& name) {
+        return std::shared_ptr<int>(new int(0), [&host, &order, name](const int* value) {
+            order.push_back(name + (host.Driver.Alive ? " with driver" : ""));
+            delete value;
+        });
+    };
+    Platform platform = host.MakePlatform();
+    platform.NewXMLDocument = [&] { return std::make_unique<Document>(order); };
+    Hexmire control(platform);
+    control.SECSDictionary()->AddNewTrans(1)->Tag(tag("template"));
+    SECSTransPtr sent = control.NewSECSTransaction();
+    sent->Tag(tag("waiting"));
+    sent->Send();
+    sent.reset();  // The last reference is the table's.
+    control.ControlTerminate();
+    EXPECT_EQ(order, (Names{"template", "waiting", "document"}));
+}
+
+TEST(Teardown, GoesOnWhenTheTimerCannotBeStopped) {
+    TestHost host;
+    host.Container.OnCall = [](const std::string& call) {
+        if (call == "StopTimer") throw Fault(FaultNumber::Overflow);
+    };
+    host.Control().ControlTerminate();
+    EXPECT_EQ(host.Errors, (Errors{{6, "(Hexmire-Class_Terminate) Overflow", 0}}));
+    EXPECT_EQ(host.Driver.Calls.back(), "CloseLink()");
+    EXPECT_FALSE(host.Driver.Alive);
+    EXPECT_EQ(host.Control().SECSDictionary(), nullptr);
+}
+
+TEST(Teardown, ThatTheContainerRefusesLeavesTheControlAtWork) {
+    TestHost host;
+    host.Container.OnCall = [](const std::string& call) {
+        if (call == "Unload") throw Fault(FaultNumber::Overflow);
+    };
+    host.Control().ControlTerminate();
+    EXPECT_EQ(host.Errors, (Errors{{6, "(Hexmire-ControlTerminate) Overflow", 0}}));
+    EXPECT_TRUE(host.Driver.Alive);
+    host.Control().OpenPort();
+    EXPECT_TRUE(host.Control().PortOpened());
+}
+
+TEST(Teardown, ReportsNoTransactionThatStillWaits) {
+    TestHost host;
+    const auto table = host.Table();
+    std::vector<SECSTransPtr> waiting;
+    for (int count = 0; count < 3; ++count) {
+        waiting.push_back(host.Control().NewSECSTransaction());
+        waiting.back()->Send();
+        Access::T3Start(*waiting.back(), true);
+    }
+    host.Control().ControlTerminate();
+    EXPECT_EQ(host.Raised, Names{});
+    for (const SECSTransPtr& trans : waiting) {
+        EXPECT_TRUE(trans->InProgress());
+        EXPECT_EQ(Access::T3Timer(*trans), 45);
+    }
+    EXPECT_EQ(waiting[2]->Index(), 3);
+}
+
+TEST(Teardown, IsOverWhenTheHandlerOfItsErrorCallsTheControl) {
+    TestHost host;
+    const auto record = host.Control().Events().Error;
+    host.Control().Events().Error =
+        [&](std::int32_t code, const std::string& text, std::int32_t line) {
+            record(code, text, line);
+            if (host.Errors.size() == 1) {
+                host.Control().OpenPort();
+                host.Control().ControlTerminate();
+                host.Control().DeviceID(3);
+            }
+        };
+    host.Driver.FailingCall = "CloseLink";
+    host.Driver.Calls.clear();
+    host.Control().ControlTerminate();
+    EXPECT_EQ(host.Driver.Calls, (Names{"CloseLink()"}));
+    EXPECT_EQ(host.Errors,
+              (Errors{DriverFailedIn("Class_Terminate"),
+                      NotSetIn("OpenPort"),
+                      NotSetIn("ControlTerminate"),
+                      NotSetIn("Let DeviceID")}));
+    EXPECT_EQ(host.Container.Stops, 1);
+    EXPECT_EQ(host.Control().ErrorCode(), -2147467259);
 }
 
 TEST(Teardown, ClosesWithoutAskingForTheStatus) {
@@ -144,193 +239,6 @@ TEST(Teardown, CalledLateByTheContainerDoesNothing) {
     host.Container.Held();
     EXPECT_EQ(host.Driver.Calls, Names{});
     EXPECT_EQ(host.Container.Stops, 1);
-}
-
-TEST(AfterTeardown, OperationsReportAMissingObjectInTheirOwnName) {
-    struct Row {
-        const char* Routine;
-        std::function<void(Hexmire&)> Call;
-    };
-    const std::vector<Row> rows{
-        {"OpenPort", [](Hexmire& control) { control.OpenPort(); }},
-        {"ClosePort", [](Hexmire& control) { control.ClosePort(); }},
-        {"ControlTerminate", [](Hexmire& control) { control.ControlTerminate(); }},
-        {"LoadXMLDictionary", [](Hexmire& control) { control.LoadXMLDictionary(); }},
-        {"NewSECSTransaction",
-         [](Hexmire& control) { EXPECT_EQ(control.NewSECSTransaction(), nullptr); }},
-        {"NewSECSTransaction",
-         [](Hexmire& control) { EXPECT_EQ(control.NewSECSTransaction("S1F1"), nullptr); }},
-        {"NewSECSTransaction",
-         [](Hexmire& control) { EXPECT_EQ(control.NewSECSTransaction(1), nullptr); }},
-        {"Get Connected", [](Hexmire& control) { EXPECT_FALSE(control.Connected()); }},
-        {"Get PortOpened", [](Hexmire& control) { EXPECT_FALSE(control.PortOpened()); }}};
-    for (const Row& row : rows) {
-        TestHost host;
-        host.Control().ControlTerminate();
-        row.Call(host.Control());
-        EXPECT_EQ(host.Errors,
-                  (Errors{{91, std::string("(Hexmire-") + row.Routine + ") " + kNotSet, 0}}));
-        EXPECT_EQ(host.Control().ErrorCode(), 91);
-    }
-}
-
-TEST(AfterTeardown, DriverEventsAndTicksDoNothing) {
-    TestHost host;
-    host.Container.HoldUnload = true;
-    host.Control().ControlTerminate();
-    const auto tick = [&] { host.Container.Tick(); };
-    host.Container.Held();
-    SECSIServiceEvents& events = host.DriverEvents();
-    events.Connect();
-    events.Disconnect(1, "x");
-    events.Error(2, "x");
-    events.SecsMsgSend("");
-    events.SecsBlockReceive("");
-    events.SecsMsgReceive("", "", 0);
-    host.MessageReceived(Header(0, true, 1, 1, 1), {});
-    host.Clock.Advance(std::chrono::seconds(1));
-    tick();
-    EXPECT_EQ(host.Raised, Names{});
-    EXPECT_EQ(host.Control().ErrorCode(), 0);
-    EXPECT_EQ(host.LogText(), "");
-}
-
-TEST(AfterTeardown, SettingsThatWereHeldStillRead) {
-    TestHost host;
-    host.Control().DeviceID(8);
-    host.Control().ControlTerminate();
-    EXPECT_EQ(host.Control().DeviceID(), 8);
-    EXPECT_EQ(host.Control().CurrentBaud(), 9600);
-    EXPECT_EQ(host.Control().Width(), 615);
-}
-
-TEST(AfterTeardown, TransactionsOfTheControlSendNothing) {
-    TestHost host;
-    const SECSTransPtr trans = host.Control().NewSECSTransaction();
-    host.Control().ControlTerminate();
-    trans->Send();
-    trans->Reply();
-    EXPECT_EQ(host.Errors,
-              (Errors{{91, std::string("(SECSTrans-Send) ") + kNotSet, 0},
-                      {91, std::string("(SECSTrans-Reply) ") + kNotSet, 0}}));
-    EXPECT_TRUE(host.Driver.Sent.empty());
-    EXPECT_FALSE(trans->InProgress());
-}
-
-TEST(AfterTheObject, TransactionsItemsAndDictionariesStayUsable) {
-    TestHost host;
-    const SECSTransPtr entry = host.AddTemplate("S1F1", 1, 1);
-    const SECSTransPtr trans = host.Control().NewSECSTransaction("S1F1");
-    const auto dictionary = host.Control().SECSDictionary();
-    host.DestroyControl();
-    host.Raised.clear();
-    trans->Send();
-    trans->Reply();
-    trans->Delete();
-    trans->DeviceID(-1);
-    trans->Primary()->Stream(200);
-    fakes::AddItem(trans->Primary()->Root(), FormatU1, 7);
-    trans->Primary()->Root()->Delete();
-    EXPECT_EQ(dictionary->AddNewTrans(9), nullptr);
-    EXPECT_EQ(dictionary->SECSTrans("none"), nullptr);
-    EXPECT_NE(dictionary->AddNewTrans(1), nullptr);
-    entry->Delete();
-    Access::T3Timer(*trans, 0);
-    EXPECT_EQ(host.Raised, Names{});
-    EXPECT_TRUE(host.Driver.Sent.empty());
-    EXPECT_EQ(trans->Primary()->Root()->ItemCount(), 1);
-}
-
-TEST(TerminateInsideAHandler, KeepsTheDriverUntilTheHandlerHasReturned) {
-    struct Row {
-        const char* Event;
-        std::function<void(TestHost&)> Fire;
-    };
-    const std::vector<Row> rows{
-        {"connect", [](TestHost& host) { host.DriverEvents().Connect(); }},
-        {"disconnect", [](TestHost& host) { host.DriverEvents().Disconnect(1, "x"); }},
-        {"error", [](TestHost& host) { host.DriverEvents().Error(1, "x"); }},
-        {"send error", [](TestHost& host) { host.DriverEvents().SecsMsgSend(""); }},
-        {"block error", [](TestHost& host) { host.DriverEvents().SecsBlockReceive("zz"); }},
-        {"receive error", [](TestHost& host) { host.DriverEvents().SecsMsgReceive("", "", 0); }},
-        {"primary", [](TestHost& host) { host.MessageReceived(Header(0, true, 1, 1, 1), {}); }},
-        {"unknown primary",
-         [](TestHost& host) { host.MessageReceived(Header(0, true, 7, 7, 1), {}); }},
-        {"reply", [](TestHost& host) { host.MessageReceived(Header(0, false, 1, 2, 1), {}); }},
-        {"unknown reply",
-         [](TestHost& host) { host.MessageReceived(Header(0, false, 7, 8, 1), {}); }},
-        {"overflowing system bytes",
-         [](TestHost& host) { host.MessageReceived(Header(0, false, 1, 2, 0x80000001U), {}); }},
-        {"overflow in sent",
-         [](TestHost& host) { host.MessageSent(Header(0, true, 1, 1, 0x80000001U)); }},
-        {"overflow in block",
-         [](TestHost& host) { host.BlockReceived(Header(0, false, 1, 2, 0x80000001U)); }},
-        {"undecodable body", [](TestHost& host) {
-             host.MessageReceived(Header(0, true, 1, 1, 1), fakes::Bytes("0D 00"));
-         }}};
-    for (const Row& row : rows) {
-        TestHost host;
-        host.AddTemplate("S1F1", 1, 1);
-        host.AddTemplate("S9F7", 9, 7);
-        host.Control().NewSECSTransaction("S1F1")->Send();
-        HexmireEvents& events = host.Control().Events();
-        int terminated = 0;
-        bool aliveInside = false;
-        const auto terminate = [&] {
-            if (terminated++ > 0) return;
-            host.Control().ControlTerminate();
-            aliveInside = host.Driver.Alive;
-        };
-        events.Connect = terminate;
-        events.Disconnect = [&](std::int32_t, const std::string&) { terminate(); };
-        events.Error = [&](std::int32_t, const std::string&, std::int32_t) { terminate(); };
-        events.ReceivedPrimary = [&](const SECSTransPtr&, std::int32_t, const std::string&) {
-            terminate();
-        };
-        events.ReceivedSecondary = events.ReceivedPrimary;
-        row.Fire(host);
-        EXPECT_GE(terminated, 1) << row.Event;
-        EXPECT_TRUE(aliveInside) << row.Event;
-        EXPECT_FALSE(host.Driver.Alive) << row.Event;
-        EXPECT_FALSE(host.Container.TimerRuns()) << row.Event;
-        EXPECT_EQ(host.Control().SECSDictionary(), nullptr) << row.Event;
-    }
-}
-
-TEST(TerminateInsideAHandler, EndsTheTick) {
-    TestHost host;
-    for (int count = 0; count < 3; ++count) {
-        const SECSTransPtr trans = host.Control().NewSECSTransaction();
-        trans->Send();
-        Access::T3Start(*trans, true);
-        Access::T3Timer(*trans, 1);
-    }
-    int expired = 0;
-    host.Control().Events().Error = [&](std::int32_t code, const std::string&, std::int32_t) {
-        if (code == 2012 && ++expired == 1) host.Control().ControlTerminate();
-    };
-    host.TickSecond();
-    EXPECT_EQ(expired, 1);
-    EXPECT_EQ(host.Table(), nullptr);
-}
-
-TEST(Memory, IsReturnedAfterTenThousandLives) {
-    for (int life = 0; life < 10000; ++life) {
-        TestHost host(life % 2 == 0);
-        host.AddTemplate("S1F1", 1, 1);
-        fakes::AddItem(
-            host.Control().SECSDictionary()->SECSTrans(1)->Primary()->Root(), FormatU1, 7);
-        const SECSTransPtr trans = host.Control().NewSECSTransaction("s1f1");
-        trans->Tag(host.Control().NewSECSTransaction());
-        trans->Send();
-        host.Control().NewSECSTransaction(1)->Send();
-        host.MessageReceived(Header(0, true, 1, 1, 9), fakes::Bytes("A5 01 07"));
-        ASSERT_EQ(host.Primaries.size(), 1U);
-        host.Primaries[0]->Reply();
-        host.MessageReceived(Header(0, false, 1, 2, 1), {});
-        ASSERT_EQ(host.Table()->TransCount(), 1);
-        if (life % 3 == 0) host.Control().ControlTerminate();
-    }
 }
 
 }  // namespace

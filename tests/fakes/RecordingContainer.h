@@ -17,16 +17,22 @@ class RecordingContainer : public IContainer {
 public:
     void StartTimer(std::chrono::milliseconds period, std::function<void()> tick) override {
         ++Starts;
+        Note("StartTimer");
         Period = period;
         tick_ = std::move(tick);
     }
     void StopTimer() override {
         ++Stops;
         tick_ = nullptr;
+        Note("StopTimer");
     }
-    void PropertyChanged(std::string_view name) override { Changed.emplace_back(name); }
+    void PropertyChanged(std::string_view name) override {
+        Changed.emplace_back(name);
+        Note(Changed.back());
+    }
     void Unload(std::function<void()> callback) override {
         ++Unloads;
+        Note("Unload");
         if (HoldUnload) {
             Held = std::move(callback);
         } else {
@@ -48,8 +54,15 @@ public:
     int Unloads = 0;
     bool HoldUnload = false;
     std::function<void()> Held;
+    /// When set, runs inside each call: "StartTimer", "StopTimer", "Unload" or the changed
+    /// property. What it throws leaves the call.
+    std::function<void(const std::string& call)> OnCall;
 
 private:
+    void Note(const std::string& call) const {
+        if (OnCall) OnCall(call);
+    }
+
     std::function<void()> tick_;
 };
 

@@ -25,6 +25,7 @@ struct DriverRecord {
     std::vector<std::string> Calls;  ///< "BaudRate(9600)", "OpenLink()", ... in order
     std::vector<SentMessage> Sent;
     bool Status = false;
+    int StatusReads = 0;
     bool Alive = false;
     /// When set, the call of this name throws it.
     std::string FailingCall;
@@ -54,6 +55,7 @@ public:
         record_.Status = false;
     }
     bool LinkStatus() override {
+        ++record_.StatusReads;
         Fail("LinkStatus");
         return record_.Status;
     }

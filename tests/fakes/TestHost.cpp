@@ -57,6 +57,7 @@ TestHost::TestHost(bool messageLog) {
 TestHost::~TestHost() {
     // What a test has hooked in may be gone by now.
     Driver.OnCall = nullptr;
+    Container.OnCall = nullptr;
     if (control_ != nullptr) control_->Events() = HexmireEvents();
 }
 

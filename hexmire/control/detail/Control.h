@@ -30,7 +30,7 @@ public:
     [[nodiscard]] const ControlSettings& Settings() const noexcept { return settings_; }
 
     /// One setter: refuses with the code, or stores, pushes (nullptr: nothing to push) and
-    /// notifies. The routine is named "Let " and the property.
+    /// notifies. The routine is named "Let " and the property. After the teardown nothing is taken.
     template <class Store>
     void Assign(const char* routine,
                 bool accepted,
@@ -39,6 +39,7 @@ public:
                 bool notify,
                 Store store) {
         RunOwn(routine, [&] {
+            RequireAlive();
             if (!accepted) {
                 RaiseOwnError(routine, refusal);
                 return;
