@@ -22,7 +22,7 @@ void CopyFields(SECSItem& target, const SECSItem& source) {
     }
     target.Format(source.Format());
     Access::ItemIndex(target, source.ItemIndex());
-    Access::Length(target, source.Length());
+    Access::Length(target, Access::Length(source));
     if (const std::string name = source.Name(); !name.empty()) target.Name(name);
     target.NLB(source.NLB());
     if (!Access::Raw(source).IsEmpty()) Access::Raw(target, Access::Raw(source));

@@ -13,6 +13,8 @@ public:
     using ChildList = SECSItem::ChildList;
 
     static void ItemIndex(SECSItem& item, std::int32_t value) noexcept { item.SetItemIndex(value); }
+    /// The stored length, also of a list, whose count hides it.
+    static std::int32_t Length(const SECSItem& item) noexcept { return item.length_; }
     static void Length(SECSItem& item, std::int32_t value) noexcept { item.length_ = value; }
     static void Parent(SECSItem& item, const SECSItemPtr& parent) noexcept {
         item.parent_ = parent;
