@@ -132,6 +132,42 @@ TEST_F(ErrorOwner, ErrorsAfterTheMakersEndAreDropped) {
     EXPECT_EQ(message->Stream(), 0);
 }
 
+TEST_F(ErrorOwner, EveryRefusalAfterTheMakersEndIsSilentAndChangesNothing) {
+    const SECSMessagePtr message = First.Make<SECSMessage>();
+    const SECSItemPtr root = message->Root();
+    const SECSItemPtr child = root->AddNew(1);
+    child->Format(FormatAscii);
+    First.End();
+    EXPECT_EQ(root->AddNew(0), nullptr);
+    EXPECT_EQ(child->AddNew(1), nullptr);
+    EXPECT_EQ(root->Item(2), nullptr);
+    EXPECT_EQ(child->Item("x"), nullptr);
+    EXPECT_EQ(message->Item(2.0), nullptr);
+    EXPECT_TRUE(root->Delete().IsEmpty());
+    EXPECT_TRUE(root->Duplicate().IsEmpty());
+    root->Format(FormatAscii);
+    message->Func(256);
+    Expect(0, 0);
+    EXPECT_EQ(root->ItemCount(), 1);
+    EXPECT_EQ(root->Format(), FormatList);
+    EXPECT_EQ(message->Func(), 1);
+}
+
+TEST_F(ErrorOwner, TreesAreCopiedAndTakenApartAfterTheMakersEnd) {
+    const SECSMessagePtr message = First.Make<SECSMessage>();
+    const SECSItemPtr child = message->Root()->AddNew(1);
+    child->Format(FormatList);
+    static_cast<void>(child->AddNew(1));
+    First.End();
+    const SECSItemPtr copy = child->Duplicate().Object<SECSItem>();
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(copy->ItemCount(), 1);
+    static_cast<void>(child->Delete());
+    EXPECT_EQ(message->Root()->ItemCount(), 1);
+    copy->Item(1)->NLB(9);
+    Expect(0, 0);
+}
+
 TEST_F(ErrorOwner, ObjectsGoOnWorkingAfterTheMakersEnd) {
     const SECSMessagePtr message = First.Make<SECSMessage>();
     First.End();

@@ -4,6 +4,7 @@
 
 #include "../fakes/ErrorRecorder.h"
 #include "../fakes/VariantText.h"
+#include "ListOfThree.h"
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -32,14 +33,9 @@ std::string Tree(const SECSItemPtr& item) {
     return text + "]";
 }
 
-class ItemCopy : public testing::Test {
+class ItemCopy : public testing_items::ListOfThree {
 protected:
     ItemCopy() {
-        List->Format(FormatList);
-        for (const char* name : {"A", "B", "C"}) {
-            Children.push_back(List->AddNew(List->ItemCount() + 1));
-            Children.back()->Name(name);
-        }
         // B is a list of a text and a list of one number.
         Children[1]->Format(FormatList);
         const SECSItemPtr text = Children[1]->AddNew(1);
@@ -62,10 +58,7 @@ protected:
         return Other->AddNew(1);
     }
 
-    ErrorRecorder Site;
-    SECSItemPtr List = New<SECSItem>();
     SECSItemPtr Other;
-    std::vector<SECSItemPtr> Children;
 };
 
 TEST_F(ItemCopy, DuplicateStandsRightBehindItsSource) {

@@ -3,6 +3,7 @@
 
 #include "../fakes/ErrorRecorder.h"
 #include "../fakes/VariantText.h"
+#include "ListOfThree.h"
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -24,30 +25,7 @@ const Reports kNoPlace{
     {2003, "(SECSItem-AddNew) You cannot add new item out of limit between 1 to ItemCount+1.", 0}};
 const Reports kRootStays{{1079, "(SECSItem-Delete) The Root item cannot be deleted.", 0}};
 
-class ItemEdit : public testing::Test {
-protected:
-    ItemEdit() {
-        List->Format(FormatList);
-        for (const char* name : {"A", "B", "C"}) {
-            Children.push_back(List->AddNew(List->ItemCount() + 1));
-            Children.back()->Name(name);
-        }
-    }
-    /// Names and positions in order: "A1 B2 C3"; a child without name is "-".
-    [[nodiscard]] std::string Order() const {
-        std::string text;
-        for (const SECSItemPtr& child : *List) {
-            if (!text.empty()) text += ' ';
-            text +=
-                (child->Name().empty() ? "-" : child->Name()) + std::to_string(child->ItemIndex());
-        }
-        return text;
-    }
-
-    ErrorRecorder Site;
-    SECSItemPtr List = New<SECSItem>();
-    std::vector<SECSItemPtr> Children;
-};
+class ItemEdit : public testing_items::ListOfThree {};
 
 TEST_F(ItemEdit, NewChildIsOfAnyFormatWithoutNameAndValue) {
     const SECSItemPtr item = List->AddNew(4);
@@ -205,99 +183,6 @@ TEST_F(ItemEdit, DeleteWithAStoredPositionOutsideIsAFaultAndChangesNothing) {
         EXPECT_EQ(List->ItemCount(), 3);
         EXPECT_EQ(Children[0]->Parent(), List);
     }
-}
-
-TEST_F(ItemEdit, WalkGoesOverWhatWasThereWhenItBegan) {
-    std::string seen;
-    for (const SECSItemPtr& child : *List) {
-        seen += child->Name();
-        if (child->Name() == "A") {
-            static_cast<void>(Children[1]->Delete());
-            List->AddNew(1)->Name("new");
-            List->AddNew(List->ItemCount() + 1)->Name("last");
-        }
-    }
-    EXPECT_EQ(seen, "ABC");
-    EXPECT_EQ(Order(), "new1 A2 C3 last4");
-}
-
-TEST_F(ItemEdit, WalkSurvivesTheDeletionOfEverything) {
-    std::string seen;
-    Children.clear();
-    for (const SECSItemPtr& child : *List) {
-        static_cast<void>(child->Delete());
-        seen += child->Name();
-    }
-    EXPECT_EQ(seen, "ABC");
-    EXPECT_EQ(List->ItemCount(), 0);
-}
-
-TEST_F(ItemEdit, WalkKeepsItsChildrenWhenTheListItselfEnds) {
-    std::string seen;
-    Children.clear();
-    auto entry = List->begin();
-    List.reset();
-    for (; entry != std::default_sentinel; ++entry)
-        seen += (*entry)->Name();
-    EXPECT_EQ(seen, "ABC");
-}
-
-TEST_F(ItemEdit, SecondWalkSeesTheChangesOfTheFirst) {
-    for (const SECSItemPtr& child : *List) {
-        if (child->Name() != "B") static_cast<void>(child->Delete());
-    }
-    EXPECT_EQ(Order(), "B1");
-}
-
-TEST_F(ItemEdit, TwoWalksAtOnceDoNotDisturbEachOther) {
-    std::string pairs;
-    for (const SECSItemPtr& outer : *List) {
-        for (const SECSItemPtr& inner : *List)
-            pairs += outer->Name() + inner->Name() + " ";
-        static_cast<void>(outer->Delete());
-    }
-    EXPECT_EQ(pairs, "AA AB AC BB BC CC ");
-}
-
-TEST_F(ItemEdit, HandlerMayChangeTheListWhileItsErrorIsRaised) {
-    Site.OnError = [&] {
-        Site.OnError = nullptr;
-        List->AddNew(1)->Name("fromHandler");
-        static_cast<void>(Children[2]->Delete());
-    };
-    EXPECT_EQ(List->AddNew(9), nullptr);
-    EXPECT_EQ(Order(), "fromHandler1 A2 B3");
-    EXPECT_EQ(Site.Take(), kNoPlace);
-}
-
-TEST_F(ItemEdit, HandlerMayReleaseTheItemThatReports) {
-    SECSItemPtr item = New<SECSItem>();
-    Site.OnError = [&] { item.reset(); };
-    item->Format(FormatAscii);
-    EXPECT_EQ(item, nullptr);
-    item = New<SECSItem>();
-    item->NLB(7);
-    EXPECT_EQ(item, nullptr);
-    item = New<SECSItem>();
-    EXPECT_EQ(item->AddNew(1), nullptr);
-    item = New<SECSItem>();
-    EXPECT_EQ(item->Item(1), nullptr);
-    item = New<SECSItem>();
-    EXPECT_TRUE(item->Delete().IsEmpty());
-    item = New<SECSItem>();
-    EXPECT_TRUE(item->Duplicate().IsEmpty());
-    EXPECT_EQ(Site.Errors.size(), 6U);
-}
-
-TEST_F(ItemEdit, HandlerMayFailItself) {
-    Site.OnError = [&] {
-        Site.OnError = nullptr;
-        Children[0]->NLB(9);
-    };
-    Children[0]->Format(7);
-    ASSERT_EQ(Site.Errors.size(), 2U);
-    EXPECT_EQ(Site.Errors[0].Code, 1001);
-    EXPECT_EQ(Site.Errors[1].Code, 1003);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include "../fakes/ErrorRecorder.h"
 #include "../fakes/VariantText.h"
+#include "ListOfThree.h"
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -32,23 +33,12 @@ const Reports kWrongKind{{1008,
 const Reports kNoName{
     {1009, "(SECSItem-Get Item) The item name is not defined within the parent item.", 0}};
 
-class ItemLookup : public testing::Test {
+class ItemLookup : public testing_items::ListOfThree {
 protected:
-    ItemLookup() {
-        List->Format(FormatList);
-        for (const char* name : {"A", "B", "C"}) {
-            Children.push_back(List->AddNew(List->ItemCount() + 1));
-            Children.back()->Name(name);
-        }
-    }
     void ExpectRefused(const Variant& value, const Reports& reports) {
         EXPECT_EQ(List->Item(value), nullptr) << Show(value);
         EXPECT_EQ(Site.Take(), reports) << Show(value);
     }
-
-    ErrorRecorder Site;
-    SECSItemPtr List = New<SECSItem>();
-    std::vector<SECSItemPtr> Children;
 };
 
 TEST_F(ItemLookup, ByIntegerOrLong) {
@@ -90,8 +80,8 @@ TEST_F(ItemLookup, IndexOutsideIsRefused) {
     for (const std::int32_t index : {0, -1, 4, 100, Limits::min(), Limits::max()}) {
         ExpectRefused(index, kNoIndex);
     }
-    ExpectRefused(std::int16_t{0}, kNoIndex);
-    ExpectRefused(std::int16_t{4}, kNoIndex);
+    for (const int index : {0, 4, -1, -32768, 32767})
+        ExpectRefused(static_cast<std::int16_t>(index), kNoIndex);
 }
 
 TEST_F(ItemLookup, WholeNumbersOfOtherKindsAreNoNumbers) {
@@ -110,6 +100,14 @@ TEST_F(ItemLookup, OtherKindsAreRefused) {
     ExpectRefused(Variant(List), kWrongKind);
     ExpectRefused(std::vector<std::int32_t>{2}, kWrongKind);
     ExpectRefused(std::vector<Variant>{"A"}, kWrongKind);
+    ExpectRefused(std::vector<std::uint8_t>{'A'}, kWrongKind);
+    ExpectRefused(std::vector<bool>{true}, kWrongKind);
+    ExpectRefused(std::vector<std::int16_t>{}, kWrongKind);
+    ExpectRefused(std::vector<double>{1}, kWrongKind);
+    ExpectRefused(SECSItemPtr(), kWrongKind);
+    ExpectRefused(false, kWrongKind);
+    ExpectRefused(std::uint8_t{0}, kWrongKind);
+    ExpectRefused(0.0, kWrongKind);
 }
 
 TEST_F(ItemLookup, ByNameIgnoresLetterCase) {
@@ -143,6 +141,29 @@ TEST_F(ItemLookup, NamesFollowIso8859_1) {
     ExpectRefused("SS", kNoName);
     Children[0]->Name("\xF7");
     ExpectRefused("\xD7", kNoName);
+}
+
+TEST_F(ItemLookup, EveryCharacterFindsItsOwnLetterCaseOnly) {
+    // Capital letters of ISO 8859-1; their small ones lie 32 behind. The multiplication and
+    // division signs lie alike and are none; sharp s, y with diaeresis and the micro sign have no
+    // capital.
+    const auto isCapital = [](int code) {
+        return (code >= 'A' && code <= 'Z') || (code >= 0xC0 && code <= 0xDE && code != 0xD7);
+    };
+    const auto isSmall = [&](int code) { return code >= 32 && isCapital(code - 32); };
+    for (int name = 0; name < 256; ++name) {
+        Children[1]->Name(std::string(1, static_cast<char>(name)));
+        for (int asked = 0; asked < 256; ++asked) {
+            // "A" and "C" are there besides.
+            if (asked == 'A' || asked == 'a' || asked == 'C' || asked == 'c') continue;
+            const bool same = name == asked || (isSmall(name) && asked == name - 32) ||
+                              (isSmall(asked) && name == asked - 32);
+            ASSERT_EQ(List->Item(std::string(1, static_cast<char>(asked))),
+                      same ? Children[1] : nullptr)
+                << name << " " << asked;
+        }
+    }
+    EXPECT_EQ(Site.Take().front(), kNoName.front());
 }
 
 TEST_F(ItemLookup, NamesAreNotTrimmed) {
@@ -237,6 +258,33 @@ TEST_F(ItemLookup, StoredIndexesAreRightAgainAfterTheNextInsertion) {
     for (std::int32_t index = 1; index <= 3; ++index) {
         EXPECT_EQ(List->Item(index), Children[static_cast<std::size_t>(index - 1)]);
     }
+}
+
+TEST_F(ItemLookup, KeyIsLeftAsItWas) {
+    Variant key("b");
+    EXPECT_EQ(List->Item(key), Children[1]);
+    EXPECT_EQ(Show(key), "String 'b'");
+    key = std::int16_t{9};
+    EXPECT_EQ(List->Item(key), nullptr);
+    EXPECT_EQ(Show(key), "Integer 9");
+}
+
+TEST_F(ItemLookup, TextThatIsNotThereIsTheEmptyOne) {
+    const char* none = nullptr;
+    EXPECT_EQ(List->Item(none), nullptr);
+    EXPECT_EQ(Site.Take(), kWrongKind);
+}
+
+TEST_F(ItemLookup, PositionsFollowEveryEdit) {
+    List->AddNew(1)->Name("N");
+    static_cast<void>(Children[1]->Delete());
+    static_cast<void>(Children[2]->Duplicate());
+    static_cast<void>(Children[0]->Duplicate());
+    EXPECT_EQ(Order(), "N1 A2 A3 C4 C5");
+    std::int32_t position = 0;
+    for (const SECSItemPtr& child : *List)
+        EXPECT_EQ(List->Item(++position), child);
+    EXPECT_TRUE(Site.Errors.empty());
 }
 
 TEST_F(ItemLookup, GivesTheSameObjectEveryTime) {

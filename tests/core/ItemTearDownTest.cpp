@@ -122,6 +122,21 @@ TEST(ItemTearDown, ChildThatWasTornOffCannotBeDeletedFromTheEmptyList) {
     EXPECT_EQ(site.Errors, (Reports{{9, "(SECSItem-Delete) Subscript out of range", 0}}));
 }
 
+TEST(ItemTearDown, ChildThatWasTornOffCannotBeDuplicatedIntoTheEmptyList) {
+    ErrorRecorder site;
+    const SECSItemPtr root = NewList();
+    const SECSItemPtr child = AddList(root);
+    SECSItemAccess::TearDown(*root);
+    EXPECT_TRUE(child->Duplicate().IsEmpty());
+    EXPECT_EQ(site.Errors, (Reports{{9, "(SECSItem-Duplicate) Subscript out of range", 0}}));
+    EXPECT_EQ(root->ItemCount(), 0);
+    // The attempt left the numbering alone.
+    const SECSItemPtr first = root->AddNew(1);
+    const SECSItemPtr second = root->AddNew(2);
+    EXPECT_EQ(root->Item(1), first);
+    EXPECT_EQ(root->Item(2), second);
+}
+
 TEST(ItemTearDown, WalkInProgressKeepsItsEntries) {
     const SECSItemPtr root = NewList();
     static_cast<void>(AddList(root));
@@ -157,6 +172,45 @@ TEST(ItemEnd, TearsDownTheBranchThatAHostStillHolds) {
     EXPECT_EQ(held->ItemCount(), 0);
     EXPECT_EQ(held->Name(), "held");
     EXPECT_EQ(held->Parent(), nullptr);
+}
+
+TEST(ItemEnd, HeldChildIsARootAfterItsParentsEnd) {
+    ErrorRecorder site;
+    SECSItemPtr root = NewList();
+    static_cast<void>(AddList(root));
+    const SECSItemPtr held = root->AddNew(2);
+    held->Format(FormatAscii);
+    EXPECT_EQ(held->ItemIndex(), 2);
+    root.reset();
+    EXPECT_EQ(held->ItemIndex(), 1);
+    EXPECT_TRUE(held->Delete().IsEmpty());
+    EXPECT_TRUE(held->Duplicate().IsEmpty());
+    held->Format(FormatAscii);
+    ASSERT_EQ(site.Errors.size(), 3U);
+    EXPECT_EQ(site.Errors[0].Code, 1079);
+    EXPECT_EQ(site.Errors[1].Code, 1133);
+    EXPECT_EQ(site.Errors[2].Code, 1001);
+    held->Format(FormatList);
+    EXPECT_NE(held->AddNew(1), nullptr);
+    EXPECT_EQ(site.Errors.size(), 3U);
+}
+
+TEST(ItemEnd, HeldChildAloneDoesNotKeepItsParent) {
+    SECSItemPtr root = NewList();
+    const std::weak_ptr<SECSItem> watch = root;
+    const SECSItemPtr held = AddList(AddList(root));
+    root.reset();
+    EXPECT_TRUE(watch.expired());
+    EXPECT_EQ(held->Parent(), nullptr);
+}
+
+TEST(ItemEnd, BranchBelowAHeldOneGoesWithTheRoot) {
+    SECSItemPtr root = NewList();
+    const SECSItemPtr held = AddList(root);
+    const SECSItemPtr inner = AddList(held);
+    root.reset();
+    EXPECT_EQ(held->ItemCount(), 0);
+    EXPECT_EQ(inner->Parent(), held);
 }
 
 TEST(ItemEnd, ReleasesTheObjectInItsValue) {

@@ -27,18 +27,6 @@ const Reports kStreamRefused{
     {1013, "(SECSMessage-Let Stream) The Stream property must be between 0 and 127 inclusive.", 0}};
 const Reports kFuncRefused{
     {1014, "(SECSMessage-Let Func) The Func property must be between 0 and 255 inclusive.", 0}};
-const Reports kNothing{
-    {1004, "(SECSMessage-Get Item) There are no items contained in the list.", 0}};
-const Reports kNoIndex{{1007,
-                        "(SECSMessage-Get Item) There is no item with this index.The index must be "
-                        "between 1 and ItemCount.",
-                        0}};
-const Reports kWrongKind{{1008,
-                          "(SECSMessage-Get Item) The first parameter to the Item property must be "
-                          "either a number or a string.",
-                          0}};
-const Reports kNoName{
-    {1009, "(SECSMessage-Get Item) The item name is not defined within the parent item.", 0}};
 
 class Message : public testing::Test {
 protected:
@@ -57,10 +45,6 @@ protected:
         Bytes bytes;
         SECSMessageAccess::Build(*Subject, bytes);
         return bytes;
-    }
-    void ExpectRefused(const Variant& value, const Reports& reports) {
-        EXPECT_EQ(Subject->Item(value), nullptr) << Show(value);
-        EXPECT_EQ(Site.Take(), reports) << Show(value);
     }
 
     ErrorRecorder Site;
@@ -162,93 +146,6 @@ TEST_F(Message, TextsAreStoredAsGiven) {
         EXPECT_EQ(Subject->Description(), text + "d");
     }
     EXPECT_EQ(Subject->Root()->Name(), "Root");
-}
-
-TEST_F(Message, ItemOfAnEmptyRootIsReportedBeforeTheArgumentIsLookedAt) {
-    for (const Variant& value : {Variant(1),
-                                 Variant(0),
-                                 Variant(1.0),
-                                 Variant(""),
-                                 Variant("  "),
-                                 Variant(),
-                                 Variant("abc")}) {
-        ExpectRefused(value, kNothing);
-    }
-}
-
-TEST_F(Message, ItemByPosition) {
-    const SECSItemPtr first = Add("a");
-    const SECSItemPtr second = Add("b");
-    EXPECT_EQ(Subject->Item(1), first);
-    EXPECT_EQ(Subject->Item(Variant(std::int16_t{2})), second);
-    EXPECT_EQ(Subject->Item(Variant(std::int32_t{2})), second);
-    EXPECT_EQ(Subject->Item(std::size_t{2}), second);
-    EXPECT_TRUE(Site.Errors.empty());
-    for (const std::int32_t index : {0, 3, -1, Limits::min(), Limits::max()}) {
-        ExpectRefused(index, kNoIndex);
-    }
-}
-
-TEST_F(Message, ItemByNameIgnoresLetterCase) {
-    const SECSItemPtr item = Add("ABC");
-    EXPECT_EQ(Subject->Item("abc"), item);
-    EXPECT_EQ(Subject->Item(std::string("aBc")), item);
-    EXPECT_EQ(Subject->Item(std::string_view("abcd").substr(0, 3)), item);
-    item->Name("\xE9");
-    EXPECT_EQ(Subject->Item("\xC9"), item);
-}
-
-TEST_F(Message, ItemByNameTakesTheFirstOfSeveral) {
-    const SECSItemPtr first = Add("x");
-    static_cast<void>(Add("X"));
-    EXPECT_EQ(Subject->Item("X"), first);
-}
-
-TEST_F(Message, OnlyTheBlankTestTrims) {
-    const SECSItemPtr item = Add("abc");
-    ExpectRefused(" abc", kNoName);
-    ExpectRefused("abc ", kNoName);
-    item->Name(" abc");
-    EXPECT_EQ(Subject->Item(" ABC"), item);
-    ExpectRefused("abc", kNoName);
-}
-
-TEST_F(Message, BlankTextIsRefusedEvenWhenAnItemIsNamedSo) {
-    static_cast<void>(Add("   "));
-    static_cast<void>(Add(""));
-    for (const char* text : {"", " ", "   "})
-        ExpectRefused(text, kWrongKind);
-}
-
-TEST_F(Message, TabIsNoBlank) {
-    const SECSItemPtr item = Add("\t");
-    EXPECT_EQ(Subject->Item("\t"), item);
-    ExpectRefused(" \t ", kNoName);
-    ExpectRefused("\xA0", kNoName);
-}
-
-TEST_F(Message, ItemByAnyOtherKindIsRefused) {
-    static_cast<void>(Add("1"));
-    for (const Variant& value : {Variant(1.0),
-                                 Variant(1.0F),
-                                 Variant(),
-                                 Variant::Null(),
-                                 Variant(true),
-                                 Variant(std::uint8_t{1}),
-                                 Variant(std::uint32_t{1}),
-                                 Variant(Subject->Root()),
-                                 Variant(std::vector<std::int32_t>{1}),
-                                 Variant(std::shared_ptr<int>())}) {
-        ExpectRefused(value, kWrongKind);
-    }
-}
-
-TEST_F(Message, DeeperItemsAreReachedThroughItems) {
-    const SECSItemPtr list = Add("list");
-    list->Format(FormatList);
-    list->AddNew(1)->Name("deep");
-    ExpectRefused("deep", kNoName);
-    EXPECT_NE(Subject->Item("list")->Item("deep"), nullptr);
 }
 
 TEST_F(Message, RawIsStoredAsItIsAndTouchesNothingElse) {
@@ -361,6 +258,56 @@ TEST_F(Message, RawHexHasOneBlankBetweenBytesAndNoneAtTheEnds) {
     item->Value(Bytes{0x01, 0x0A, 0xFF});
     static_cast<void>(Build());
     EXPECT_EQ(Subject->RawHex(), "21 03 01 0A FF");
+}
+
+TEST_F(Message, RootIsTheSameObjectWhateverHappensToIt) {
+    const SECSItemPtr root = Subject->Root();
+    static_cast<void>(AddText("A"));
+    static_cast<void>(Build());
+    EXPECT_EQ(Subject->Root(), root);
+    EXPECT_TRUE(SECSMessageAccess::Parse(*Subject, Bytes{0x01, 0x00}));
+    EXPECT_EQ(Subject->Root(), root);
+    root->Name("mine");
+    EXPECT_EQ(Subject->Root()->Name(), "mine");
+    EXPECT_EQ(Subject->Name(), "");
+}
+
+TEST_F(Message, UnknownFormatCodeLeavesTheBytesAndAnItemOfAnyFormat) {
+    EXPECT_FALSE(SECSMessageAccess::Parse(*Subject, Bytes{0x0D, 0x01, 0x05}));
+    EXPECT_EQ(Subject->RawHex(), "0D 01 05");
+    EXPECT_EQ(Show(Subject->Raw()), "Byte[13, 1, 5]");
+    EXPECT_EQ(Subject->Length(), 0);
+    EXPECT_EQ(Subject->Root()->ItemCount(), 1);
+    EXPECT_EQ(Subject->Item(1)->Format(), FormatVar);
+    ASSERT_EQ(Site.Errors.size(), 1U);
+    EXPECT_EQ(Site.Errors[0].Code, 1001);
+}
+
+TEST_F(Message, EmptyRootLeavesWhatTheHostPutIntoRaw) {
+    for (const Variant& raw : {Variant::Null(), Variant("mine"), Variant(Bytes{})}) {
+        Subject->Raw(raw);
+        SECSMessageAccess::Length(*Subject, 9);
+        EXPECT_TRUE(Build().empty());
+        EXPECT_EQ(Subject->Raw(), raw);
+        EXPECT_EQ(Subject->RawHex(), "");
+        EXPECT_EQ(Subject->Length(), 0);
+    }
+    EXPECT_TRUE(Site.Errors.empty());
+}
+
+TEST_F(Message, RootThatOutlivesItsMessageIsAnEmptyTreeOfItsOwn) {
+    const SECSItemPtr root = Subject->Root();
+    const SECSItemPtr old = Add("old");
+    Subject.reset();
+    const SECSItemPtr item = root->AddNew(1);
+    ASSERT_NE(item, nullptr);
+    item->Name("new");
+    EXPECT_EQ(root->Item("NEW"), item);
+    EXPECT_EQ(root->Item("old"), nullptr);
+    root->Format(FormatAscii);
+    ASSERT_EQ(Site.Errors.size(), 2U);
+    EXPECT_EQ(Site.Errors[0].Code, 1009);
+    EXPECT_EQ(Site.Errors[1].Code, 1001);
 }
 
 TEST_F(Message, EndTearsItsTreeDown) {
