@@ -4,6 +4,7 @@
 #include <hexmire/support/Text.h>
 
 #include <cmath>
+#include <utility>
 #include <vector>
 
 /// Texts of a dictionary to item values.
@@ -52,37 +53,21 @@ void ForEachElement(std::string_view text, Store store) {
     }
 }
 
-/// The growing array of a splitter: begins with the elements that `array` holds as T and leaves
-/// what was built in `array`, also after a fault.
-template <VariantElement T>
-class Builder {
-public:
-    explicit Builder(Variant& array) : array_(array) {}
-    Builder(const Builder&) = delete;
-    Builder& operator=(const Builder&) = delete;
-    ~Builder() {
-        if (!elements_.empty()) array_ = std::move(elements_);
-    }
-
-    void Add(T element) { elements_.push_back(element); }
-    [[nodiscard]] bool IsEmpty() const noexcept { return elements_.empty(); }
-
-private:
-    Variant& array_;
-    std::vector<T> elements_;
-};
-
+/// The splitters: what was built before a fault is put into `array` and returned; when nothing was,
+/// `array` stays as it is.
 template <VariantElement T, class Convert>
 Variant Split(const RoutineName& name, std::string_view text, Variant& array, Convert convert) {
-    bool isEmpty = true;
+    std::vector<T> elements;
     RunFreeRoutine(name, [&] {
-        Builder<T> builder(array);
-        ForEachElement(text, [&](std::string_view token) {
-            builder.Add(convert(token));
-            isEmpty = false;
-        });
+        ForEachElement(text, [&](std::string_view token) { elements.push_back(convert(token)); });
     });
-    return isEmpty ? Variant() : array;
+    Variant result;
+    RunFreeRoutine(name, [&] {
+        if (elements.empty()) return;
+        array = std::move(elements);
+        result = array;
+    });
+    return result;
 }
 
 /// The token's leading number as a text that the decimal reader takes.

@@ -54,6 +54,12 @@ TEST(LeftShift, NegativeShiftRoundsHalfToEven) {
                            Row{6, -2, 2},
                            Row{7, -2, 2},
                            Row{100, -1000, 0},
+                           Row{Limits::max(), -1, 1073741824},
+                           Row{Limits::min(), -1, -1073741824},
+                           Row{Limits::min(), -31, -1},
+                           Row{Limits::min(), -32, 0},
+                           Row{Limits::max(), -31, 1},
+                           Row{Limits::min(), -33, 0},
                            Row{Limits::max(), std::numeric_limits<std::int16_t>::min(), 0}}) {
         EXPECT_EQ(lLBitShift(row.Value, row.Shift), row.Result) << row.Value << " " << row.Shift;
     }
@@ -125,7 +131,10 @@ TEST(RightShift, DivisorBeyondThirtyTwoBitsIsAnOverflow) {
 
 TEST(RightShift, DivisorRoundedToZeroIsADivisionByZero) {
     ErrorRecorder site;
-    for (const std::int16_t shift : {std::int16_t{-1}, std::int16_t{-2}, std::int16_t{-31}}) {
+    for (const std::int16_t shift : {std::int16_t{-1},
+                                     std::int16_t{-2},
+                                     std::int16_t{-31},
+                                     std::numeric_limits<std::int16_t>::min()}) {
         EXPECT_EQ(lRBitShift(8, shift), 0);
         EXPECT_EQ(site.Take(), (Reports{{11, "(ModGeneral-lRBitShift) Division by zero", 0}}));
     }

@@ -86,11 +86,6 @@ TEST(Dumps, EmptyArrayCannotBeShortened) {
                        {5, "(ModGeneral-HexDumpArray3) Invalid procedure call or argument", 0}}));
 }
 
-TEST(Dumps, EmptyArrayHasNoCharacters) {
-    ErrorRecorder site;
-    EXPECT_EQ(ChrDumpArray(Bytes{}), "");
-}
-
 TEST(Dumps, ValueBeyondOneByteIsAnOverflow) {
     ErrorRecorder site;
     for (const std::int32_t value : {256, -1, 70000}) {

@@ -46,6 +46,17 @@ TEST(IsByteArray, FirstElementStandsAtTheLowerBound) {
     EXPECT_TRUE(site.Errors.empty());
 }
 
+TEST(IsByteArray, NumberThatWouldFitAByteIsNone) {
+    ErrorRecorder site;
+    EXPECT_FALSE(IsByteArray(Variant::Array(std::vector<std::int16_t>{7}, 1)));
+    EXPECT_FALSE(IsByteArray(std::vector<Variant>{std::int16_t{7}, kByte}));
+    EXPECT_FALSE(IsByteArray(std::vector<Variant>{"7"}));
+    EXPECT_FALSE(IsByteArray(std::vector<Variant>{std::make_shared<int>(7)}));
+    EXPECT_TRUE(IsByteArray(std::vector<std::uint8_t>(100, 0)));
+    EXPECT_TRUE(IsByteArray(Variant::Array(std::vector<std::uint8_t>(100, 0), 1)));
+    EXPECT_TRUE(site.Errors.empty());
+}
+
 TEST(IsByteArray, EmptyArrayIsASubscriptFault) {
     ErrorRecorder site;
     const Reports fault{{9, "(ModGeneral-IsByteArray) Subscript out of range", 0}};

@@ -57,7 +57,9 @@ TEST(BytesToNumbers, InputIsLeftAlone) {
     const Bytes bytes{1, 2, 3, 4};
     Bytes copy = bytes;
     static_cast<void>(BytesToLong(copy));
+    static_cast<void>(BytesToLongNegatif(copy));
     static_cast<void>(BytesToSingle(copy));
+    static_cast<void>(BytesToDouble(copy));
     EXPECT_EQ(copy, bytes);
 }
 
@@ -135,6 +137,71 @@ TEST(DoubleToBytes, WritesIeee754) {
     EXPECT_EQ(bytes, (Bytes{0xBF, 0xB9, 0x99, 0x99, 0x99, 0x99, 0x99, 0x9A}));
     static_cast<void>(DoubleToBytes(bytes, std::bit_cast<double>(0x7FF8000000000123ULL)));
     EXPECT_EQ(bytes, (Bytes{0x7F, 0xF8, 0, 0, 0, 0, 0x01, 0x23}));
+}
+
+TEST(BytesToNumbers, EmptyArrayHasNoBounds) {
+    ErrorRecorder site;
+    EXPECT_EQ(BytesToLong({}), 0);
+    EXPECT_EQ(BytesToLongNegatif({}), 0);
+    EXPECT_EQ(BytesToSingle({}), 0.0F);
+    EXPECT_EQ(BytesToDouble({}), 0.0);
+    EXPECT_EQ(
+        site.Errors,
+        (ErrorRecorder::Reports{{9, "(ModGeneral-BytesToLong) Subscript out of range", 0},
+                                {9, "(ModGeneral-BytesToLongNegatif) Subscript out of range", 0},
+                                {9, "(ModGeneral-BytesToSingle) Subscript out of range", 0},
+                                {9, "(ModGeneral-BytesToDouble) Subscript out of range", 0}}));
+}
+
+TEST(BytesToNumbers, FewerBytesLieOverTheLowEnd) {
+    ErrorRecorder site;
+    EXPECT_EQ(BytesToSingle({0x01}), std::numeric_limits<float>::denorm_min());
+    EXPECT_EQ(BytesToDouble({0x00, 0x01}), std::numeric_limits<double>::denorm_min());
+    EXPECT_TRUE(site.Errors.empty());
+}
+
+TEST(NumbersToBytes, ArrayWithoutRoomOrBeyondTheNumberIsASubscriptFault) {
+    ErrorRecorder site;
+    Bytes none;
+    Bytes five(5, 0x55);
+    Bytes nine(9, 0x55);
+    EXPECT_TRUE(LongToBytes(none, 1).IsEmpty());
+    EXPECT_TRUE(LongToBytes(five, 1).IsEmpty());
+    EXPECT_TRUE(SingleToBytes(five, 1.0F).IsEmpty());
+    EXPECT_TRUE(DoubleToBytes(nine, 1.0).IsEmpty());
+    EXPECT_EQ(five, Bytes(5, 0x55));
+    EXPECT_EQ(nine, Bytes(9, 0x55));
+    EXPECT_EQ(
+        site.Errors,
+        (ErrorRecorder::Reports{{9, "(ModGeneral-LongToBytes) Subscript out of range", 0},
+                                {9, "(ModGeneral-LongToBytes) Subscript out of range", 0},
+                                {9, "(ModGeneral-SingleToBytes) Subscript out of range", 0},
+                                {9, "(ModGeneral-DoubleToBytes) Subscript out of range", 0}}));
+}
+
+TEST(NumberBytes, EveryBitPatternOfAFloatComesBack) {
+    std::uint64_t bits = 1;
+    for (int round = 0; round < 5000; ++round) {
+        bits = bits * 6364136223846793005ULL + 1442695040888963407ULL;
+        // Every fourth is a NaN or an infinity, whose payload is kept too.
+        const std::uint64_t pattern = round % 4 == 0 ? bits | 0x7FF0000000000000ULL : bits;
+        Bytes eight(8, 0x55);
+        static_cast<void>(DoubleToBytes(eight, std::bit_cast<double>(pattern)));
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(BytesToDouble(eight)), pattern);
+        const auto half =
+            static_cast<std::uint32_t>(pattern >> 32U) | (round % 8 == 0 ? 0x7F800000U : 0U);
+        Bytes four(4, 0x55);
+        static_cast<void>(SingleToBytes(four, std::bit_cast<float>(half)));
+        ASSERT_EQ(std::bit_cast<std::uint32_t>(BytesToSingle(four)), half);
+    }
+}
+
+TEST(NumberBytes, NegativeNumbersOfThreeBytesComeBack) {
+    for (const std::int32_t value : {-1, -2, -255, -256, -257, -65536, -65537, -8388608}) {
+        EXPECT_EQ(BytesToLongNegatif(Filled(value, 3)), value);
+        EXPECT_EQ(BytesToLong(Filled(value, 4)), value);
+        EXPECT_EQ(BytesToLongNegatif(Filled(value, 4)), value);
+    }
 }
 
 TEST(NumberBytes, EverySixteenBitNumberComesBack) {

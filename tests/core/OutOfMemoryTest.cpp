@@ -209,6 +209,31 @@ TEST_F(OutOfMemory, DumpsAreEmpty) {
         [&] { text = ModGeneral::ChrDumpArray(bytes); }, [] {}, {"(ModGeneral-ChrDumpArray) "});
 }
 
+TEST_F(OutOfMemory, ArrayTextGivesWhatWasBuilt) {
+    struct Row {
+        enmItemFormat Format;
+        std::string Text;
+        std::string Builder;
+    };
+    const std::string longOne = std::string(100, '0') + "1";
+    for (const Row& row :
+         {Row{FormatI4, longOne + " 1 1 1 1 1", "lVariantArrayValue"},
+          Row{FormatF8, "1 1 " + longOne + " 1", "lVariantArrayValue"},
+          Row{FormatBinary, "1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1", "lByteArrayValue"},
+          Row{FormatBoolean, "1 1 1 " + longOne + " 1", "lBoolArrayValue"}}) {
+        List->Item(1)->Format(row.Format);
+        const SECSItemPtr item = List->Item(1);
+        Variant value;
+        FailEverywhere([&] { value = ModGeneral::lAssignArrayValue(*item, row.Text); },
+                       [&] { EXPECT_TRUE(value.IsEmpty() || value.IsArray()); },
+                       {"(ModGeneral-lAssignArrayValue) ",
+                        "(ModGeneral-" + row.Builder + ") ",
+                        "(ModGeneral-lAssignValue) ",
+                        "(ModGeneral-lVarBoolean) "});
+        EXPECT_TRUE(value.IsArray());
+    }
+}
+
 TEST_F(OutOfMemory, TextOfAnErrorIsEmpty) {
     std::string text;
     FailEverywhere([&] { text = ModErrorMsg::FormatErrorMsg(1001); },

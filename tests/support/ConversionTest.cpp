@@ -1,6 +1,7 @@
 #include <hexmire/support/Conversion.h>
 #include <hexmire/support/Fault.h>
 
+#include "ConversionOutcome.h"
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -15,37 +16,11 @@
 namespace hexmire {
 namespace {
 
+using testing_conversions::Check;
+using testing_conversions::Outcome;
+
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-/// Result as text, or "fault n".
-template <class Convert>
-std::string Outcome(Convert&& convert, const Variant& value) {
-    try {
-        const auto result = convert(value);
-        if constexpr (std::is_same_v<decltype(result), const std::string>) {
-            return result;
-        } else if constexpr (std::is_same_v<decltype(result), const Decimal>) {
-            return result.ToText();
-        } else {
-            return std::to_string(result);
-        }
-    } catch (const Fault& fault) {
-        return "fault " + std::to_string(fault.Number());
-    }
-}
-
-struct Row {
-    Variant Value;
-    const char* Result;
-};
-
-template <class Convert>
-void Check(Convert&& convert, const std::vector<Row>& rows) {
-    for (std::size_t index = 0; index < rows.size(); ++index) {
-        EXPECT_EQ(Outcome(convert, rows[index].Value), rows[index].Result) << "row " << index;
-    }
-}
 
 Variant Digits(const char* digits, std::int64_t exponent = 0, bool negative = false) {
     return Decimal::FromDigits(negative, digits, exponent);
