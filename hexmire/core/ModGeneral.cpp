@@ -163,8 +163,10 @@ bool IsByteArray(const Variant& values) {
 std::string GetSMLIndent(std::int32_t level) {
     std::string result;
     RunFreeRoutine({"ModGeneral", "GetSMLIndent"}, [&] {
-        if (level < 0) throw Fault(FaultNumber::InvalidCall);
-        result.assign(static_cast<std::size_t>(level) * 2, ' ');
+        const std::int64_t size = std::int64_t{level} * 2;
+        if (!std::in_range<std::int32_t>(size)) throw Fault(FaultNumber::Overflow);
+        if (size < 0) throw Fault(FaultNumber::InvalidCall);
+        result.assign(static_cast<std::size_t>(size), ' ');
     });
     return result;
 }

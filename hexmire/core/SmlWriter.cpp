@@ -108,8 +108,8 @@ private:
     /// An item that faults adds nothing; only running out of room for indentation ends the whole
     /// text.
     void Enter(const SECSItemPtr& item, std::int32_t level) {
-        Indent(level);
         const std::size_t start = text_.size();
+        Indent(level);
         bool added = false;
         RunFreeRoutine(kName, [&] {
             if (item == nullptr) throw Fault(FaultNumber::ObjectNotSet);
@@ -120,7 +120,7 @@ private:
             }
             added = true;
         });
-        if (!added) text_.resize(start - IndentSize(level));
+        if (!added) text_.resize(start);
     }
 
     void OpenList(const SECSItem& item, std::int32_t level) {
@@ -130,8 +130,8 @@ private:
             text_.append(" >").append(kLineEnd);
             return;
         }
-        steps_.push_back({std::move(children), 0, level});
         text_.append("< L ").append(kLineEnd);
+        steps_.push_back({std::move(children), 0, level});
     }
 
     void AddItem(const SECSItem& item) {
@@ -147,14 +147,11 @@ private:
         text_.append(text).append(" >").append(kLineEnd);
     }
 
-    static std::size_t IndentSize(std::int32_t level) {
-        return static_cast<std::size_t>(level) * 2;
-    }
-
     void Indent(std::int32_t level) {
-        indentation_ += IndentSize(level);
+        const std::string indent = ModGeneral::GetSMLIndent(level);
+        indentation_ += indent.size();
         if (indentation_ > kMostIndentation) throw Fault(FaultNumber::OutOfMemory);
-        text_ += ModGeneral::GetSMLIndent(level);
+        text_ += indent;
     }
 
     std::string& text_;

@@ -168,6 +168,7 @@ TEST(DecodeValues, LengthZeroLeavesAnItemWithoutValueInEveryFormat) {
         EXPECT_TRUE(decoded.Ok);
         EXPECT_EQ(decoded.Item->Format(), code);
         EXPECT_TRUE(decoded.Item->Value().IsEmpty()) << code;
+        EXPECT_TRUE(decoded.Item->Raw().IsEmpty()) << code;
         const DecodedItem noLengthByte = DecodeItem(Bytes8{static_cast<std::uint8_t>(code * 4)});
         EXPECT_TRUE(noLengthByte.Ok);
         EXPECT_EQ(noLengthByte.Item->Format(), code);

@@ -59,6 +59,34 @@ TEST(Parse, LengthStreamAndFunctionStayAsTheyAre) {
     EXPECT_EQ(message->RawHex(), "41 05 48 45 4C 4C 4F");
 }
 
+TEST(Parse, ASecondBodyStandsBeforeTheFirstAndReplacesItsBytes) {
+    RecordingSite site;
+    const SECSMessagePtr message = New<SECSMessage>();
+    EXPECT_FALSE(SECSMessageAccess::Parse(*message, Bytes("0D 00")));
+    EXPECT_TRUE(SECSMessageAccess::Parse(*message, Bytes("01 01 A5 01 07")));
+    EXPECT_EQ(message->RawHex(), "01 01 A5 01 07");
+    EXPECT_TRUE(message->Raw() == Variant(Bytes("01 01 A5 01 07")));
+    EXPECT_EQ(Describe(message->Root()), "<L <L <U1 7>> <V>>");
+    EXPECT_EQ(EncodedHex(message), "01 01 A5 01 07");
+    EXPECT_EQ(RenderSml(*message, false), "S0F1\r\n< L \r\n  < U1 7 >\r\n >\r\n.");
+}
+
+TEST(Parse, ABodyWithoutBytesLeavesTheItemsAndClearsTheBytes) {
+    RecordingSite site;
+    const SECSMessagePtr message = New<SECSMessage>();
+    EXPECT_TRUE(SECSMessageAccess::Parse(*message, Bytes("A5 01 07")));
+    Texts seen;
+    site.OnError = [&](std::int32_t code) {
+        seen.push_back(std::to_string(code) + " " + message->RawHex() + " " +
+                       std::to_string(message->Raw().ElementCount()));
+    };
+    EXPECT_TRUE(SECSMessageAccess::Parse(*message, {}));
+    EXPECT_EQ(seen, (Texts{"5 A5 01 07 3", "9  0"}));
+    EXPECT_EQ(Describe(message->Root()), "<L <U1 7>>");
+    EXPECT_EQ(message->RawHex(), "");
+    EXPECT_TRUE(message->Raw() == Variant(Bytes8{}));
+}
+
 TEST(Parse, FalseTellsOfAnUnknownFormatCodeOnly) {
     RecordingSite site;
     EXPECT_FALSE(SECSMessageAccess::Parse(*New<SECSMessage>(), Bytes("0D 00")));

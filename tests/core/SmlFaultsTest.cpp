@@ -1,3 +1,5 @@
+#include <hexmire/core/detail/SmlWriter.h>
+
 #include "../fakes/Messages.h"
 #include "../fakes/RecordingSite.h"
 #include <gtest/gtest.h>
@@ -114,8 +116,36 @@ TEST(SmlFaults, ABinaryElementBeyondAByteIsTheDumpsFault) {
     AddItem(Body(message), FormatU1, 7);
     const std::string text = RenderSml(*message, false);
     EXPECT_EQ(site.Errors, Texts{"6 (ModGeneral-HexDumpArray2) Overflow"});
-    EXPECT_TRUE(text.starts_with("S0F1\r\n< L \r\n  < B ")) << text;
-    EXPECT_TRUE(text.ends_with(" >\r\n  < U1 7 >\r\n >\r\n.")) << text;
+    EXPECT_EQ(text, "S0F1\r\n< L \r\n  < B  >\r\n  < U1 7 >\r\n >\r\n.");
+}
+
+TEST(SmlFaults, ASecondItemUnderTheRootIsNotEvenLookedAt) {
+    RecordingSite site;
+    const SECSMessagePtr message = MessageOf(FormatU1, 1);
+    AddItem(message->Root(), FormatBoolean, "abc");
+    EXPECT_EQ(RenderSml(*message, false), "S0F1\r\n< U1 1 >\r\n.");
+    EXPECT_EQ(site.Errors, Texts{});
+}
+
+TEST(SmlFaults, WhatWasThereBeforeStays) {
+    RecordingSite site;
+    std::string text = "before ";
+    detail::ItemToSML(Body(MessageOf(FormatBoolean, "abc")), 3, text);
+    EXPECT_EQ(text, "before ");
+    detail::ItemToSML(nullptr, 3, text);
+    EXPECT_EQ(text, "before ");
+    EXPECT_EQ(site.Errors, (Texts{kMismatch, kNotSet}));
+}
+
+TEST(SmlFaults, ALevelBelowZeroIsTheIndentationsFaultAndIndentsNothing) {
+    RecordingSite site;
+    const SECSMessagePtr message = MessageOf(FormatList);
+    AddItem(Body(message), FormatU1, 1);
+    std::string text;
+    detail::ItemToSML(Body(message), -1, text);
+    EXPECT_EQ(text, "< L \r\n< U1 1 >\r\n >\r\n");
+    EXPECT_EQ(site.Errors,
+              Texts(2, "5 (ModGeneral-GetSMLIndent) Invalid procedure call or argument"));
 }
 
 TEST(SmlFaults, WithoutAnyControlFaultsAreDropped) {

@@ -146,6 +146,15 @@ TEST(Sml, ADeepListIndentsEveryLineByTwoBlanksALevel) {
     EXPECT_EQ(Sml(message), expected + ".");
 }
 
+TEST(ItemToSml, ListsWithoutItemsRepeatTheIndentationOfTheirLevel) {
+    for (std::int32_t level = 0; level <= 3; ++level) {
+        std::string text;
+        detail::ItemToSML(Body(MessageOf(FormatList, "value")), level, text);
+        const std::string indent(static_cast<std::size_t>(level) * 2, ' ');
+        EXPECT_EQ(text, indent + "< L " + indent + " >\r\n");
+    }
+}
+
 TEST(ItemToSml, AppendsAtTheLevelGiven) {
     std::string text = "before ";
     const SECSMessagePtr message = MessageOf(FormatList);
@@ -168,8 +177,15 @@ TEST(SmlIndent, IsTwoBlanksALevel) {
 TEST(SmlIndent, ANegativeLevelIsAFaultInItsOwnName) {
     RecordingSite site;
     EXPECT_EQ(ModGeneral::GetSMLIndent(-1), "");
-    ASSERT_EQ(site.Errors.size(), 1U);
-    EXPECT_TRUE(site.Errors[0].starts_with("5 (ModGeneral-GetSMLIndent) ")) << site.Errors[0];
+    EXPECT_EQ(site.Errors, Texts{"5 (ModGeneral-GetSMLIndent) Invalid procedure call or argument"});
+}
+
+TEST(SmlIndent, ALevelWhoseBlanksCannotBeCountedIsAnOverflow) {
+    RecordingSite site;
+    for (const std::int32_t level : {1073741824, 2147483647, -1073741825}) {
+        EXPECT_EQ(ModGeneral::GetSMLIndent(level), "");
+    }
+    EXPECT_EQ(site.Errors, Texts(3, "6 (ModGeneral-GetSMLIndent) Overflow"));
 }
 
 }  // namespace

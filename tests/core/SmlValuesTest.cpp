@@ -86,6 +86,19 @@ TEST(SmlValues, TextStandsBetweenSingleQuotesAsItIs) {
     EXPECT_EQ(Line(FormatAscii, std::string("a\0b", 3)), std::string("< A 'a\0b' >", 11));
 }
 
+TEST(SmlValues, EveryCharacterIsShownAsItIs) {
+    RecordingSite site;
+    std::string all;
+    for (int code = 0; code < 256; ++code) {
+        all.push_back(static_cast<char>(code));
+        const std::string one(1, all.back());
+        EXPECT_EQ(Line(FormatAscii, one), "< A '" + one + "' >");
+        EXPECT_EQ(Line(FormatVar, one), "< V " + one + " >");
+    }
+    EXPECT_EQ(Line(FormatAscii, all), "< A '" + all + "' >");
+    EXPECT_EQ(site.Errors, Texts{});
+}
+
 TEST(SmlValues, BooleansAreWords) {
     ExpectLines({
         {FormatBoolean, true, "< BOOL TRUE >"},
@@ -169,6 +182,21 @@ TEST(SmlValues, FloatsShowTheShortestDigitsThatReadBack) {
         {FormatF8, 1e-5, "< F8 0.00001 >"},
         {FormatF8, 0.0000123, "< F8 0.0000123 >"},
         {FormatF8, 9.99e-6, "< F8 9.99E-06 >"},
+        {FormatF8, 1e-6, "< F8 1E-06 >"},
+        {FormatF8, -9.9999999999e-6, "< F8 -9.9999999999E-06 >"},
+        {FormatF8, 999999999999999.9, "< F8 999999999999999.9 >"},
+        {FormatF8, 1000000000000000.1, "< F8 1.0000000000000001E+15 >"},
+        {FormatF8, -123456789012345.6, "< F8 -123456789012345.6 >"},
+        {FormatF8, 9007199254740993.0, "< F8 9.007199254740992E+15 >"},
+        {FormatF8, 2.2250738585072014e-308, "< F8 2.2250738585072014E-308 >"},
+        {FormatF4, 1e-5F, "< F4 0.00001 >"},
+        {FormatF4, 9.9e-6F, "< F4 9.9E-06 >"},
+        {FormatF4, 1e14F, "< F4 100000000000000 >"},
+        {FormatF4, 1e15F, "< F4 1E+15 >"},
+        {FormatF4, 9.999999e14F, "< F4 999999900000000 >"},
+        {FormatF4, 1.1754944e-38F, "< F4 1.1754944E-38 >"},
+        {FormatF4, 0.3F, "< F4 0.3 >"},
+        {FormatF8, static_cast<double>(0.3F), "< F8 0.30000001192092896 >"},
         {FormatF8, 1e100, "< F8 1E+100 >"},
         {FormatF8, 1.7976931348623157e308, "< F8 1.7976931348623157E+308 >"},
         {FormatF8, 5e-324, "< F8 5E-324 >"},
@@ -218,6 +246,7 @@ TEST(SmlValues, DecodedBodiesShowWhatCame) {
     EXPECT_EQ(shown({0x25, 2, 0, 7}), "S0F1 W\r\n< BOOL FALSE TRUE >\r\n.");
     EXPECT_EQ(shown({0x21, 1, 9}), "S0F1 W\r\n< B 0x09 >\r\n.");
     EXPECT_EQ(shown({0xFD, 2, 65, 66}), "S0F1 W\r\n< V AB >\r\n.");
+    EXPECT_EQ(shown({0xFC}), "S0F1 W\r\n< V >\r\n.");
     EXPECT_EQ(shown({0x41, 0}), "S0F1 W\r\n< A >\r\n.");
     EXPECT_EQ(shown({0xB1, 8, 0, 0, 0, 1, 255, 255, 255, 255}),
               "S0F1 W\r\n< U4 1 4294967295 >\r\n.");
