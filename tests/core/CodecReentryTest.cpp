@@ -216,6 +216,21 @@ TEST(DecodeReentry, AnotherBodyMayBeDecodedInside) {
     EXPECT_TRUE(SameTree(decoded.Item, Body(MessageFromNotation("<L <V> <U1 7>>"))));
 }
 
+TEST(DecodeReentry, AnotherBodyMayBeReadIntoTheSameMessageInside) {
+    RecordingSite site;
+    const SECSMessagePtr message = New<SECSMessage>();
+    bool inside = false;
+    site.OnError = [&](std::int32_t) {
+        if (std::exchange(inside, true)) return;
+        EXPECT_TRUE(detail::SECSMessageAccess::Parse(*message, Bytes("A5 01 09")));
+    };
+    EXPECT_FALSE(detail::SECSMessageAccess::Parse(*message, Bytes("01 02 0D 00 41 02 58 59")));
+    EXPECT_TRUE(SameTree(message->Item(1), Body(MessageFromNotation("<U1 9>"))));
+    EXPECT_TRUE(SameTree(message->Item(2), Body(MessageFromNotation("<L <V> <A \"XY\">>"))));
+    EXPECT_EQ(message->RawHex(), "A5 01 09");
+    EXPECT_EQ(site.Errors, Texts{kUnknown});
+}
+
 TEST(SmlReentry, ItemsThatAreDeletedMeanwhileAreStillShown) {
     const SECSMessagePtr message = MessageOf(FormatList);
     AddItem(Body(message), FormatBoolean, "abc");

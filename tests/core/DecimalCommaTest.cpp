@@ -2,6 +2,7 @@
 
 #include "../fakes/CommaLocale.h"
 #include "../fakes/ErrorRecorder.h"
+#include "../fakes/Messages.h"
 #include "../fakes/VariantText.h"
 #include "ItemsOfFormat.h"
 #include <gtest/gtest.h>
@@ -88,6 +89,19 @@ TEST_F(DecimalComma, HexadecimalDigitsAndDumpsAreUntouched) {
     EXPECT_TRUE(Site.Errors.empty());
     EXPECT_EQ(ModGeneral::HexDumpArray(std::vector<Variant>{"10.4"}), "");
     EXPECT_EQ(Site.Take(), (Reports{{13, "(ModGeneral-HexDumpArray) Type mismatch", 0}}));
+}
+
+TEST_F(DecimalComma, SmlKeepsThePoint) {
+    const SECSMessagePtr message = fakes::MessageOf(FormatList);
+    fakes::AddItem(fakes::Body(message), FormatF8, std::vector<double>{1.5, -2.5e-7});
+    fakes::AddItem(fakes::Body(message), FormatAscii, 0.25F);
+    fakes::AddItem(fakes::Body(message), FormatVar, 0.5);
+    fakes::AddItem(fakes::Body(message), FormatBoolean, "0,0");
+    fakes::AddItem(fakes::Body(message), FormatBinary, "11,5");
+    EXPECT_EQ(RenderSml(*message, false),
+              "S0F1\r\n< L \r\n  < F8 1.5 -2.5E-07 >\r\n  < A '0.25' >\r\n  < V 0.5 >\r\n"
+              "  < BOOL FALSE >\r\n  < B 0x0C >\r\n >\r\n.");
+    EXPECT_TRUE(Site.Errors.empty());
 }
 
 }  // namespace

@@ -126,6 +126,7 @@ TEST(SmlMatrix, NumbersOfEveryKind) {
         Scalar(-0.0, " '0'", kFalse, Shows(" 0x00"), " 0"),
         Scalar(Decimal::FromInt64(255), " '255'", kTrue, Shows(" 0xFF"), " 255"),
         Scalar(Decimal::FromInt64(-1), " '-1'", kTrue, Shows(" 0xFFFFFFFF"), " -1"),
+        Scalar(Decimal::FromDouble(10.5), " '10.5'", kTrue, Shows(" 0x0A"), " 10.5"),
         Scalar(4294967295U, " '4294967295'", kTrue, kOverflow, " 4294967295"),
         Scalar(true, " 'True'", kTrue, Shows(" 0xFFFF"), " True"),
         Scalar(false, " 'False'", kFalse, Shows(" 0x00"), " False"),
@@ -254,6 +255,23 @@ TEST(SmlMatrix, ArraysOfVariants) {
          Shows(" [ True, x ]")},
         {Variants{1, "x"}, kMismatch, kMismatch, kDumpMismatch, Shows(" 1 x"), Shows(" [ 1, x ]")},
         {Variants{1, Variants{2}}, kMismatch, kMismatch, kDumpMismatch, kMismatch, kMismatch},
+    });
+}
+
+TEST(SmlMatrix, ArraysWithLowerBoundOneShowTheirElementsAndDumpsKeepTheBlanks) {
+    ExpectShown({
+        {ArrayOf(std::vector<std::uint8_t>{10, 0}, 1),
+         kMismatch,
+         Shows(" TRUE FALSE"),
+         Shows(" 0x0A 0x00     "),
+         Shows(" 10 0"),
+         Shows(" [ 0A 00    ]")},
+        {ArrayOf(std::vector<std::int32_t>{0, 3}, 1),
+         kMismatch,
+         Shows(" FALSE TRUE"),
+         Shows(" 0x00 0x03     "),
+         Shows(" 0 3"),
+         Shows(" [ 0, 3 ]")},
     });
 }
 
