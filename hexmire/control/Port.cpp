@@ -75,13 +75,13 @@ void Control::LoadXMLDictionary() {
 
 void Control::moSECSIService_Connect() {
     if (tornDown_) return;
-    const std::shared_ptr<SECSIService> driver = driver_;
+    const Held held = Hold();
     RunOwn("moSECSIService_Connect", [&] { Raise(events_.Connect); });
 }
 
 void Control::moSECSIService_Disconnect(std::int32_t errorCode, const std::string& errorText) {
     if (tornDown_) return;
-    const std::shared_ptr<SECSIService> driver = driver_;
+    const Held held = Hold();
     RunOwn("moSECSIService_Disconnect", [&] {
         Raise(events_.Disconnect, errorCode, errorText);
         errorCode_ = errorCode;
@@ -90,7 +90,7 @@ void Control::moSECSIService_Disconnect(std::int32_t errorCode, const std::strin
 
 void Control::moSECSIService_Error(std::int32_t errorCode, const std::string& errorText) {
     if (tornDown_) return;
-    const std::shared_ptr<SECSIService> driver = driver_;
+    const Held held = Hold();
     RunOwn("moSECSIService_Error", [&] { RaiseError(errorCode, errorText, 0); });
 }
 

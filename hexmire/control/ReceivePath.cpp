@@ -36,7 +36,7 @@ void Control::moSECSIService_SecsMsgReceive(const std::string& headerHex,
                                             const std::string& bodyHex,
                                             std::int32_t bodyLength) {
     if (tornDown_) return;
-    const std::shared_ptr<SECSIService> driver = driver_;
+    const Held held = Hold();
     RunOwn(kMessageReceive, [&] { Receive(headerHex, bodyHex, bodyLength); });
 }
 

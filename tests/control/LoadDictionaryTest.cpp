@@ -1,4 +1,5 @@
 #include "../fakes/TestHost.h"
+#include "DictionaryFile.h"
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -12,23 +13,9 @@ namespace {
 using fakes::ErrorEvent;
 using fakes::FakeXMLNode;
 using fakes::TestHost;
+using fakes::TransNode;
 using Errors = std::vector<ErrorEvent>;
 using Names = std::vector<std::string>;
-
-std::shared_ptr<FakeXMLNode> MessageNode(const char* element,
-                                         const char* stream,
-                                         const char* func) {
-    return FakeXMLNode::Make(element,
-                             {{"Stream", stream}, {"Func", func}, {"Name", ""}, {"Desc", ""}},
-                             {FakeXMLNode::Make("Root")});
-}
-
-std::shared_ptr<FakeXMLNode> TransNode(const char* name, const char* stream, const char* func) {
-    return FakeXMLNode::Make(
-        "Trans",
-        {{"Name", name}, {"Desc", ""}},
-        {MessageNode("Primary", stream, func), MessageNode("Secondary", stream, "2")});
-}
 
 /// A file of two transactions.
 struct WithFile : TestHost {

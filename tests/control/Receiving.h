@@ -7,7 +7,9 @@
 #include "../fakes/TestHost.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace hexmire::fakes {
@@ -52,6 +54,16 @@ public:
         Lines fresh(all.begin() + static_cast<std::ptrdiff_t>(seen_), all.end());
         seen_ = all.size();
         return fresh;
+    }
+
+    /// Runs behind the record of each error, inside the host's handler.
+    void OnError(std::function<void(std::int32_t code)> handler) {
+        Control().Events().Error =
+            [record = Control().Events().Error, handler = std::move(handler)](
+                std::int32_t code, const std::string& text, std::int32_t line) {
+                record(code, text, line);
+                handler(code);
+            };
     }
 
 private:

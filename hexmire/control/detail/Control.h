@@ -93,6 +93,13 @@ private:
     struct MessageHeader;
     /// While it lives this control is the current one. Debug builds detect a foreign thread.
     class Entry;
+    /// What lives until a handler has returned, although it has ended the control.
+    struct Held {
+        std::shared_ptr<SECSIService> Driver;
+        std::shared_ptr<hexmire::SECSDictionary> Dictionary;
+        std::shared_ptr<hexmire::SECSDictionary> TransInUse;
+    };
+    [[nodiscard]] Held Hold() const { return {driver_, dictionary_, transInUse_}; }
 
     /// Runs a routine of the control under its own fault handler.
     template <class Body>
@@ -163,7 +170,7 @@ private:
     IClock& clock_;
     HexmireEvents events_;
     ControlSettings settings_;
-    std::shared_ptr<SECSIService> driver_;  // Shared: an event holds it until its handler is done.
+    std::shared_ptr<SECSIService> driver_;
     std::shared_ptr<hexmire::SECSDictionary> dictionary_;
     std::shared_ptr<hexmire::SECSDictionary> transInUse_;
     std::shared_ptr<IXMLDocument> xmlDocument_;
@@ -213,6 +220,7 @@ void Control::Raise(const Handler& handler, Arguments&&... arguments) {
         ~Count() { --Depth; }
     };
     const Count count(raising_);
+    const Held held = Hold();
     const Handler running = handler;
     running(std::forward<Arguments>(arguments)...);
 }
