@@ -1,47 +1,22 @@
 #include <hexmire/support/HexBytes.h>
-#include <hexmire/support/ProcessState.h>
-#include <hexmire/trans/detail/SECSTransAccess.h>
 
-#include "../fakes/TestHost.h"
+#include "Receiving.h"
 #include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 namespace hexmire {
 namespace {
 
+using namespace fakes;
 using Access = detail::SECSTransAccess;
-using fakes::ErrorEvent;
-using fakes::Header;
-using fakes::TestHost;
-using Errors = std::vector<ErrorEvent>;
-using Lines = std::vector<std::string>;
 
 /// A host whose sent transactions run their reply timers.
-struct Waiting : TestHost {
-    explicit Waiting(bool messageLog = true) : TestHost(messageLog) {
-        detail::State().SystemBytesCounter = 0;
-    }
+struct Waiting : Receiving {
+    using Receiving::Receiving;
     SECSTransPtr Send(std::int32_t stream, std::int32_t function) {
-        SECSTransPtr trans = Control().NewSECSTransaction();
-        trans->Primary()->Stream(stream);
-        trans->Primary()->Func(function);
-        trans->Secondary()->Stream(stream);
-        trans->Secondary()->Func(function + 1);
-        trans->Send();
+        SECSTransPtr trans = Receiving::Send(stream, function);
         Access::T3Start(*trans, true);
         return trans;
     }
-    Lines NewLines() {
-        const Lines all = LogLines();
-        Lines fresh(all.begin() + static_cast<std::ptrdiff_t>(seen_), all.end());
-        seen_ = all.size();
-        return fresh;
-    }
-
-private:
-    std::size_t seen_ = 0;
 };
 
 TEST(CancelT3, StopsTheTimerWhenABlockOfTheReplyHasCome) {
@@ -108,7 +83,7 @@ TEST(CancelT3, DoesNothingForAPrimary) {
 TEST(CancelT3, IgnoresDeviceIdWBitBlockBytesAndData) {
     Waiting host;
     const SECSTransPtr trans = host.Send(1, 3);
-    host.BlockReceived(fakes::Bytes("FF FF 81 04 80 01 00 00 00 01 41 00"));
+    host.BlockReceived(Bytes("FF FF 81 04 80 01 00 00 00 01 41 00"));
     EXPECT_FALSE(Access::T3Start(*trans));
 }
 

@@ -1,55 +1,23 @@
 #include <hexmire/support/HexBytes.h>
-#include <hexmire/support/ProcessState.h>
-#include <hexmire/trans/detail/SECSTransAccess.h>
 
-#include "../fakes/TestHost.h"
+#include "Receiving.h"
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <string>
-#include <vector>
 
 namespace hexmire {
 namespace {
 
+using namespace fakes;
 using Access = detail::SECSTransAccess;
-using fakes::ErrorEvent;
-using fakes::Header;
-using fakes::TestHost;
-using Errors = std::vector<ErrorEvent>;
-using Lines = std::vector<std::string>;
 
 const Errors kNoHeader{
     {2016, "(Hexmire-moSECSIService_SecsMsgSend) Invalid SECS II Header received.", 0}};
 const Errors kNoHex{{13, "(Hexmire-moSECSIService_SecsMsgSend) Type mismatch", 0}};
 const ErrorEvent kOverflow{6, "(ModGeneral-lLBitShift) Overflow", 0};
 
-/// A host whose system bytes begin at 1.
-struct Sending : TestHost {
-    explicit Sending(bool messageLog = true) : TestHost(messageLog) {
-        detail::State().SystemBytesCounter = 0;
-    }
-    SECSTransPtr Send(std::int32_t stream, std::int32_t function) {
-        SECSTransPtr trans = Control().NewSECSTransaction();
-        trans->Primary()->Stream(stream);
-        trans->Primary()->Func(function);
-        trans->Send();
-        return trans;
-    }
-    /// The log lines since the last call.
-    Lines NewLines() {
-        const Lines all = LogLines();
-        Lines fresh(all.begin() + static_cast<std::ptrdiff_t>(seen_), all.end());
-        seen_ = all.size();
-        return fresh;
-    }
-
-private:
-    std::size_t seen_ = 0;
-};
-
 TEST(StartT3, BeginsWhenTheDriverHasSentThePrimary) {
-    Sending host;
+    Receiving host;
     const SECSTransPtr trans = host.Send(1, 3);
     EXPECT_FALSE(Access::T3Start(*trans));
     host.NewLines();
@@ -63,7 +31,7 @@ TEST(StartT3, BeginsWhenTheDriverHasSentThePrimary) {
 }
 
 TEST(StartT3, WalksTheTableToTheFirstMatch) {
-    Sending host;
+    Receiving host;
     host.Send(1, 3);
     const SECSTransPtr second = host.Send(2, 41);
     const SECSTransPtr third = host.Send(1, 3);
@@ -85,7 +53,7 @@ TEST(StartT3, NeedsStreamFunctionAndSystemBytes) {
         std::uint32_t SystemBytes;
     };
     for (const Row& row : {Row{1, 3, 2}, Row{2, 3, 1}, Row{1, 5, 1}, Row{0, 1, 0}}) {
-        Sending host;
+        Receiving host;
         const SECSTransPtr trans = host.Send(1, 3);
         host.NewLines();
         host.MessageSent(Header(0, true, row.Stream, row.Function, row.SystemBytes));
@@ -96,21 +64,21 @@ TEST(StartT3, NeedsStreamFunctionAndSystemBytes) {
 }
 
 TEST(StartT3, IgnoresWBitDeviceIdAndBlockBytes) {
-    Sending host;
+    Receiving host;
     const SECSTransPtr trans = host.Send(1, 3);
-    host.MessageSent(fakes::Bytes("FF FF 01 03 80 01 00 00 00 01"));
+    host.MessageSent(Bytes("FF FF 01 03 80 01 00 00 00 01"));
     EXPECT_TRUE(Access::T3Start(*trans));
 }
 
 TEST(StartT3, PassesOverTheBody) {
-    Sending host;
+    Receiving host;
     const SECSTransPtr trans = host.Send(1, 3);
-    host.MessageSent(fakes::Bytes("00 00 81 03 00 00 00 00 00 01 A5 01 07"));
+    host.MessageSent(Bytes("00 00 81 03 00 00 00 00 00 01 A5 01 07"));
     EXPECT_TRUE(Access::T3Start(*trans));
 }
 
 TEST(StartT3, DoesNothingForAReply) {
-    Sending host;
+    Receiving host;
     const SECSTransPtr trans = host.Send(1, 2);  // Nobody stops a host from this.
     host.NewLines();
     host.MessageSent(Header(0, false, 1, 2, 1));
@@ -120,14 +88,14 @@ TEST(StartT3, DoesNothingForAReply) {
 }
 
 TEST(StartT3, WithAnEmptyTableLogsTheSearchOnly) {
-    Sending host;
+    Receiving host;
     host.MessageSent(Header(0, true, 127, 255, 900000000));
     EXPECT_EQ(host.LogLines(), (Lines{"Start T3 - Searching for S127F255 SystemBytes: 900000000"}));
     EXPECT_TRUE(host.Raised.empty());
 }
 
 TEST(StartT3, TakesTheFirstOfTwoWithTheSameSystemBytes) {
-    Sending host;
+    Receiving host;
     const SECSTransPtr first = host.Send(1, 3);
     const SECSTransPtr second = host.Send(1, 3);
     Access::SystemBytes(*second, 1);
@@ -138,7 +106,7 @@ TEST(StartT3, TakesTheFirstOfTwoWithTheSameSystemBytes) {
 }
 
 TEST(StartT3, IsRefusedWithoutText) {
-    Sending host;
+    Receiving host;
     host.DriverEvents().SecsMsgSend("");
     EXPECT_EQ(host.Errors, kNoHeader);
     EXPECT_EQ(host.Control().ErrorCode(), 2016);
@@ -154,7 +122,7 @@ TEST(StartT3, FaultsOnATextThatIsNotTenBytes) {
                                     std::string(" "),
                                     "ZZ" + whole.substr(2),
                                     whole.substr(0, 27) + "-1 "}) {
-        Sending host;
+        Receiving host;
         const SECSTransPtr trans = host.Send(1, 3);
         host.NewLines();
         host.DriverEvents().SecsMsgSend(text);
@@ -169,7 +137,7 @@ TEST(StartT3, ReadsAnyCaseAndAnySeparator) {
     std::string commas = whole;
     std::replace(commas.begin(), commas.end(), ' ', ',');
     for (const std::string& text : {whole, commas, whole.substr(0, 29), whole + "zz not read"}) {
-        Sending host;
+        Receiving host;
         const SECSTransPtr trans = host.Send(1, 3);
         Access::SystemBytes(*trans, 10);
         host.DriverEvents().SecsMsgSend(text);
@@ -184,19 +152,19 @@ TEST(StartT3, ReportsSystemBytesBeyondThirtyOneBitsAndGoesOnWithTheLastByte) {
         const char* Left;
     };
     for (const Row& row : {Row{0x80000000U, "0"}, Row{0x80000001U, "1"}, Row{0xFFFFFFFFU, "255"}}) {
-        Sending host;
+        Receiving host;
         host.MessageSent(Header(0, true, 1, 3, row.SystemBytes));
         EXPECT_EQ(host.Errors, (Errors{kOverflow}));
         EXPECT_EQ(host.LogLines(),
                   (Lines{std::string("Start T3 - Searching for S1F3 SystemBytes: ") + row.Left}));
     }
-    Sending host;
+    Receiving host;
     host.MessageSent(Header(0, true, 1, 3, 0x7FFFFFFFU));
     EXPECT_TRUE(host.Raised.empty());
 }
 
 TEST(StartT3, WorksWithoutALog) {
-    Sending host(false);
+    Receiving host(false);
     const SECSTransPtr trans = host.Send(1, 3);
     host.MessageSent(Header(0, true, 1, 3, 1));
     EXPECT_TRUE(Access::T3Start(*trans));
@@ -204,7 +172,7 @@ TEST(StartT3, WorksWithoutALog) {
 }
 
 TEST(StartT3, WorksWithALogThatCannotBeWritten) {
-    Sending host;
+    Receiving host;
     host.Files.FailAppend = true;
     const SECSTransPtr trans = host.Send(1, 3);
     host.MessageSent(Header(0, true, 1, 3, 1));
@@ -213,7 +181,7 @@ TEST(StartT3, WorksWithALogThatCannotBeWritten) {
 }
 
 TEST(StartT3, FollowsAPrimaryThatTheHostEditsWhileItWaits) {
-    Sending host;
+    Receiving host;
     const SECSTransPtr trans = host.Send(1, 3);
     trans->Primary()->Func(5);
     host.MessageSent(Header(0, true, 1, 3, 1));
@@ -223,7 +191,7 @@ TEST(StartT3, FollowsAPrimaryThatTheHostEditsWhileItWaits) {
 }
 
 TEST(StartT3, FindsNothingAfterADelete) {
-    Sending host;
+    Receiving host;
     const SECSTransPtr trans = host.Send(1, 3);
     trans->Delete();
     host.MessageSent(Header(0, true, 1, 3, 1));
@@ -231,7 +199,7 @@ TEST(StartT3, FindsNothingAfterADelete) {
 }
 
 TEST(StartT3, FindsEntriesBehindOneThatLeft) {
-    Sending host;
+    Receiving host;
     const SECSTransPtr first = host.Send(1, 3);
     const SECSTransPtr second = host.Send(1, 5);
     first->Delete();
@@ -242,7 +210,7 @@ TEST(StartT3, FindsEntriesBehindOneThatLeft) {
 }
 
 TEST(StartT3, ReportsAnEntryWithoutPrimary) {
-    Sending host;
+    Receiving host;
     const SECSTransPtr trans = host.Send(1, 3);
     Access::Primary(*trans, nullptr);
     host.MessageSent(Header(0, true, 1, 3, 1));

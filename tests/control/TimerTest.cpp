@@ -1,25 +1,16 @@
-#include <hexmire/support/ProcessState.h>
-#include <hexmire/trans/detail/SECSTransAccess.h>
-
-#include "../fakes/TestHost.h"
+#include "Receiving.h"
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <functional>
 #include <stdexcept>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace hexmire {
 namespace {
 
 using namespace std::chrono_literals;
+using namespace fakes;
 using Access = detail::SECSTransAccess;
-using fakes::ErrorEvent;
-using fakes::TestHost;
-using Errors = std::vector<ErrorEvent>;
-using Names = std::vector<std::string>;
 
 ErrorEvent Expired(int systemBytes) {
     return {2012,
@@ -32,27 +23,15 @@ ErrorEvent Cleared(const std::string& name) {
 }
 const ErrorEvent kNotContained{1079, "(SECSTrans-Delete) The Root item cannot be deleted.", 0};
 
-struct Supervised : TestHost {
-    Supervised() { detail::State().SystemBytesCounter = 0; }
+struct Supervised : Receiving {
     /// A sent S1F1; with a reply timer of that many seconds when it is above 0.
     SECSTransPtr Send(std::int32_t timer = 0) {
-        SECSTransPtr trans = Control().NewSECSTransaction();
-        trans->Primary()->Stream(1);
-        trans->Secondary()->Stream(1);
-        trans->Send();
+        SECSTransPtr trans = Receiving::Send();
         if (timer > 0) {
             Access::T3Start(*trans, true);
             Access::T3Timer(*trans, timer);
         }
         return trans;
-    }
-    void OnError(std::function<void(std::int32_t code)> handler) {
-        const auto record = Control().Events().Error;
-        Control().Events().Error =
-            [record, handler](std::int32_t code, const std::string& text, std::int32_t line) {
-                record(code, text, line);
-                handler(code);
-            };
     }
 };
 
