@@ -197,5 +197,27 @@ TEST(IllegalData, MayBeSentByTheLibraryForAnyHeader) {
     EXPECT_TRUE(host.Errors.empty());
 }
 
+TEST(IllegalData, TurnsAListIntoTheRejectedHeaderToo) {
+    Receiving host;
+    const SECSTransPtr entry = host.AddTemplate("S9F7", 9, 7);
+    AddItem(AddItem(entry->Primary()->Root(), FormatList), FormatU1, 7);
+    AddItem(entry->Primary()->Root(), FormatAscii, "second");
+    host.ReceivePrimary(6, 11, 9, kUndecodable);
+    EXPECT_EQ(host.Errors, (Errors{kFormatRefused}));
+    EXPECT_EQ(HexOf(host.Driver.Sent.at(0).Body), "21 0A 00 00 06 0B 80 01 00 00 00 09");
+    EXPECT_EQ(entry->Primary()->Item(1)->ItemCount(), 1);
+    EXPECT_EQ(host.Table()->SECSTrans(1)->Name(), "S9F7");
+}
+
+TEST(IllegalData, IsAnsweredUnderTheControlsPresentDeviceId) {
+    Answering host;
+    host.Control().DeviceID(1);
+    host.Control().SECSDictionary()->SECSTrans("S9F7")->DeviceID(2);
+    host.Control().DeviceID(513);
+    host.MessageReceived(Header(3, false, 6, 11, 9), Bytes(kUndecodable));
+    EXPECT_EQ(HexOf(host.Driver.Sent.at(0).Header).substr(0, 5), "02 01");
+    EXPECT_EQ(HexOf(host.Driver.Sent.at(0).Body), "21 0A 02 01 06 0B 80 01 00 00 00 09");
+}
+
 }  // namespace
 }  // namespace hexmire

@@ -51,6 +51,12 @@ TEST(ReceiveChecks, EndTheMessageInTheirOrder) {
          1},
         {"a length that wraps", kHeader, "A5 01 07 ", 0x55555555 + 3, {kMismatch}, 1},
         {"body that is no hex", kHeader, "A5 01 XX ", 3, {kNoHex}, 1},
+        {"first digit that is none", kHeader, "A5 01 G7 ", 3, {kNoHex}, 1},
+        {"second digit that is none", kHeader, "A5 01 7g ", 3, {kNoHex}, 1},
+        {"blank for a digit", kHeader, "A5 01  7 ", 3, {kNoHex}, 1},
+        {"sign for a digit", kHeader, "A5 01 +7 ", 3, {kNoHex}, 1},
+        {"digits out of step", kHeader, " A5 01 07", 3, {kNoHex}, 1},
+        {"tenth byte of the header", kHeader.substr(0, 28) + "G ", "", 0, {kNoHex}, 0},
         {"length before hex", kHeader, "XX XX XX", 3, {kMismatch}, 1}};
     for (const CheckRow& row : rows) {
         Receiving host;

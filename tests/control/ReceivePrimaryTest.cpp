@@ -114,6 +114,20 @@ TEST(ReceivePrimary, FindsATemplateInsertedInFront) {
     EXPECT_EQ(host.Primaries.at(1)->Name(), "front");
 }
 
+TEST(ReceivePrimary, IsNotMatchedToASecondaryOfATemplate) {
+    Receiving host;
+    host.Control().SECSDictionary()->SECSTrans(1)->Secondary()->Func(3);
+    host.ReceivePrimary(1, 3);
+    EXPECT_EQ(host.Errors, (Errors{{2011, kUnknown + "S1F3", 0}}));
+}
+
+TEST(ReceivePrimary, PassesOverTheBlockBytesOfTheHeader) {
+    Receiving host;
+    host.MessageReceived(Bytes("00 00 81 01 FF FF 00 00 00 09"), {});
+    EXPECT_EQ(host.Raised, (Lines{"ReceivedPrimary(S1F1,0,)"}));
+    EXPECT_EQ(host.Primaries.at(0)->SystemBytes(), 9);
+}
+
 TEST(ReceivePrimary, WithoutTemplateIsRaisedFirstAndReportedThen) {
     Receiving host;
     host.Control().DeviceID(5);

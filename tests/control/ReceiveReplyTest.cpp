@@ -99,6 +99,18 @@ TEST(ReceiveReply, MatchesTheFirstEntryAndItsSystemBytesWhenAskedTo) {
     }
 }
 
+TEST(ReceiveReply, IsMatchedByTheLastByteOfSystemBytesThatOverflow) {
+    Receiving host;
+    host.Control().SystemBytesCheck(true);
+    host.Send(1, 3);
+    const SECSTransPtr second = host.Send(1, 3);
+    host.ReceiveReply(1, 4, 0x80000002U);
+    EXPECT_EQ(host.Raised,
+              (Lines{"Error(6,(ModGeneral-lLBitShift) Overflow,0)", "ReceivedSecondary(S1F4,0,)"}));
+    EXPECT_EQ(Access::Parent(*second), nullptr);
+    EXPECT_EQ(host.Table()->TransCount(), 1);
+}
+
 TEST(ReceiveReply, TakesWBitAndDeviceIdFromTheReply) {
     Receiving host;
     host.Send(1, 3);

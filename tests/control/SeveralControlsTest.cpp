@@ -190,5 +190,62 @@ TEST(SeveralControls, TenOfThemWorkAtOnce) {
     EXPECT_EQ(detail::State().SystemBytesCounter, 200);
 }
 
+TEST(SeveralControls, StartAndStopReplyTimesInTheirOwnTables) {
+    Receiving first;
+    Receiving second;
+    const SECSTransPtr one = first.Send(1, 3);
+    second.MessageSent(Header(0, true, 1, 3, 1));
+    EXPECT_FALSE(Access::T3Start(*one));
+    first.MessageSent(Header(0, true, 1, 3, 1));
+    second.BlockReceived(Header(0, false, 1, 4, 1));
+    EXPECT_TRUE(Access::T3Start(*one));
+    EXPECT_EQ(second.NewLines(),
+              (Lines{"Start T3 - Searching for S1F3 SystemBytes: 1",
+                     "Cancel T3 - Searching for S1F4 SystemBytes: 1"}));
+    EXPECT_EQ(first.NewLines().size(), 6U);
+}
+
+TEST(SeveralControls, TellTheirOwnHostOfExpiry) {
+    Receiving first;
+    first.Control().T3Timeout(1);
+    first.Send(1, 3);
+    first.MessageSent(Header(0, true, 1, 3, 1));
+    Receiving second;
+    second.Control().T3Timeout(120);
+    first.TickSecond();
+    second.TickSecond();
+    EXPECT_EQ(first.Control().ErrorCode(), 2012);
+    EXPECT_TRUE(second.Raised.empty());
+}
+
+TEST(SeveralControls, AnswerIllegalDataFromTheirOwnDictionaries) {
+    Receiving first;
+    AddItem(first.AddTemplate("S9F7", 9, 7)->Primary()->Root(), FormatBinary);
+    first.Control().DeviceID(5);
+    Receiving second;
+    first.ReceivePrimary(6, 11, 9, "0D 00");
+    second.ReceivePrimary(6, 11, 9, "0D 00");
+    EXPECT_EQ(HexOf(first.Driver.Sent.at(0).Body), "21 0A 00 05 06 0B 80 01 00 00 00 09");
+    EXPECT_TRUE(second.Driver.Sent.empty());
+    EXPECT_EQ(first.Control().ErrorCode(), 1001);
+    EXPECT_EQ(second.Control().ErrorCode(), 1025);
+}
+
+TEST(SeveralControls, MayEndEachOtherInsideAHandler) {
+    Receiving first;
+    Receiving second;
+    first.Send(1, 3);
+    second.Send(1, 3);
+    first.Control().Events().ReceivedSecondary =
+        [&](const SECSTransPtr&, std::int32_t, const std::string&) {
+            second.Control().ControlTerminate();
+        };
+    first.ReceiveReply(1, 4, 1);
+    EXPECT_EQ(first.Table()->TransCount(), 0);
+    EXPECT_TRUE(first.Errors.empty());
+    EXPECT_FALSE(second.Driver.Alive);
+    EXPECT_TRUE(second.Raised.empty());
+}
+
 }  // namespace
 }  // namespace hexmire
