@@ -62,19 +62,6 @@ TEST(Expiry, RemembersTheSecondThatFoundAnEmptyTable) {
     EXPECT_EQ(Access::T3Counter(*trans), 1);
 }
 
-TEST(Expiry, ComesAgainAtOnceForATransactionThatIsSentAgain) {
-    // Sending does not set the reply time anew.
-    Receiving host;
-    const SECSTransPtr trans = SendExpiring(host);
-    host.TickSecond();
-    trans->Send();
-    EXPECT_EQ(Access::T3Timer(*trans), 0);
-    host.TickSecond();
-    EXPECT_EQ(host.Errors, (Errors{Expired(1), Expired(2)}));
-    EXPECT_EQ(Access::T3Timer(*trans), -1);
-    EXPECT_EQ(host.Table()->TransCount(), 0);
-}
-
 TEST(ExpiryHandler, ThatDeletesAndSendsTheEntryAgainLosesItOnceMore) {
     Receiving host;
     const SECSTransPtr trans = SendExpiring(host);
