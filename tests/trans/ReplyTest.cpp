@@ -89,6 +89,21 @@ TEST(Reply, HandsAnEmptyTextForAHeaderOnlyMessage) {
     EXPECT_EQ(host.Record.Sent.at(0).Length, 0);
 }
 
+TEST(Reply, SendsNoStaleBodyAfterTheTreeWasEmptied) {
+    TransHost host;
+    const SECSTransPtr trans = Received(host, 5);
+    fakes::AddItem(trans->Secondary()->Root(), FormatU1, 7);
+    trans->Reply();
+    trans->Secondary()->Item(1)->Delete();
+    host.Files.Files.clear();
+    trans->Reply();
+    EXPECT_TRUE(host.Record.Sent.at(1).BodyIsText);
+    EXPECT_EQ(host.LogLines(),
+              (Lines{"SECS I HEADER Reply : 00 00 01 02 00 00 00 00 00 05",
+                     "SECS I DATALEN Reply : 0",
+                     "SECS II Message Reply : \r\nS1F2 W\r\n.\r\n"}));
+}
+
 TEST(Reply, WritesTheHeaderLineBeforeAndTheOthersAfterTheDriver) {
     TransHost host;
     const SECSTransPtr trans = Received(host, 5);

@@ -210,7 +210,10 @@ TEST(SendFault, InSmlLeavesTheMessageSentAndWaiting) {
     host.Record.OnCall = [&](const std::string&) {
         list->Item(1)->Value(Variant(host.Make<SECSItem>()));  // No text for an object.
     };
+    std::int32_t indexInReport = 0;
+    host.OnError = [&] { indexInReport = trans->Index(); };
     trans->Send();
+    EXPECT_EQ(indexInReport, 1);
     EXPECT_EQ(
         host.Take(),
         (Reports{

@@ -77,11 +77,15 @@ TEST(Send, SendsNoStaleBodyAfterTheTreeWasEmptied) {
     fakes::AddItem(trans->Primary()->Root(), FormatU1, 7);
     trans->Send();
     trans->Primary()->Item(1)->Delete();
+    host.Files.Files.clear();
     trans->Send();
     EXPECT_EQ(trans->Primary()->RawHex(), "A5 01 07");
     EXPECT_TRUE(host.Record.Sent.at(1).BodyIsText);
     EXPECT_EQ(host.Record.Sent.at(1).Length, 0);
-    EXPECT_EQ(host.LogLines().back(), "SECS II Message Send : \r\nS1F1\r\n.\r\n");
+    EXPECT_EQ(host.LogLines(),
+              (Lines{"SECS I HEADER Send : 00 00 01 01 00 00 00 00 00 02",
+                     "SECS I DATALEN Send : 0",
+                     "SECS II Message Send : \r\nS1F1\r\n.\r\n"}));
 }
 
 TEST(Send, SendsTheFirstItemOfTheRootOnly) {
