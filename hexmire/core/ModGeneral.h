@@ -41,7 +41,7 @@ Variant DoubleToBytes(std::vector<std::uint8_t>& bytes, double value);
 
 /// value x 2^shift rounded to nearest; fault 6 and 0 beyond 32 bits.
 [[nodiscard]] std::int32_t lLBitShift(std::int32_t value, std::int16_t shift);
-/// value / 2^shift truncated toward zero; fault 6 and 0 when 2^shift is beyond 32 bits.
+/// value / 2^shift truncated toward zero; 0 and fault 6 when 2^shift is beyond 32 bits, 11 when 0.
 [[nodiscard]] std::int32_t lRBitShift(std::int32_t value, std::int16_t shift);
 [[nodiscard]] bool IsEven(std::int32_t value) noexcept;
 /// True when the first element of an array is a Byte; a fault and false for an empty array or

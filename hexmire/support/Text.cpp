@@ -130,7 +130,7 @@ DecimalText ParseDecimalText(std::string_view text) {
     const std::size_t wholeEnd = SkipDigits(rest, 0);
     number.Digits = rest.substr(0, wholeEnd);
     rest.remove_prefix(wholeEnd);
-    if (!separator.empty() && rest.starts_with(separator)) {
+    if (rest.starts_with(separator)) {
         rest.remove_prefix(separator.size());
         const std::size_t fractionEnd = SkipDigits(rest, 0);
         number.Digits += rest.substr(0, fractionEnd);

@@ -180,6 +180,32 @@ TEST_F(ArrayText, ArrayNarrowerThanTheFormatEndsAtWhatItCannotHold) {
     EXPECT_EQ(Site.Take(), kBuilderOverflow);
 }
 
+TEST_F(ArrayText, BooleanElementsAreReadAsTheFormatSays) {
+    Variant booleans(std::vector<bool>{});
+    EXPECT_EQ(Show(lBoolArrayValue(Subjects.Of(FormatI4), "2 0 0.4 T 0.6", booleans)),
+              "Boolean[True, False, False, False, True]");
+    EXPECT_EQ(Site.Take(), (Reports{{13, "(ModGeneral-lAssignValue) Type mismatch", 0}}));
+    EXPECT_EQ(Show(lBoolArrayValue(Subjects.Of(FormatAscii), "True 0 T 1", booleans)),
+              "Boolean[True, False]");
+    EXPECT_EQ(Site.Take(), (Reports{{13, "(ModGeneral-lBoolArrayValue) Type mismatch", 0}}));
+}
+
+TEST_F(ArrayText, ByteElementsAreHexadecimalWhateverTheFormat) {
+    Variant bytes(std::vector<std::uint8_t>{});
+    EXPECT_EQ(Show(lByteArrayValue(Subjects.Of(FormatI4), "10 FF 12.5", bytes)),
+              "Byte[16, 255, 18]");
+    EXPECT_TRUE(Site.Errors.empty());
+}
+
+TEST_F(ArrayText, RoutineWorksOnAfterAFault) {
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(Assigned(FormatBinary, "1 1FF"), "Byte[1]");
+        EXPECT_EQ(Site.Take().size(), 1U);
+        EXPECT_EQ(Assigned(FormatBinary, "1 FF"), "Byte[1, 255]");
+        EXPECT_TRUE(Site.Take().empty());
+    }
+}
+
 TEST_F(ArrayText, BuilderWithoutAnArrayOfNumbersKeepsTheKindOfEachValue) {
     Variant any;
     EXPECT_EQ(Show(lVariantArrayValue(Subjects.Of(FormatI4), "1 3000000000 2", any)),

@@ -139,7 +139,11 @@ TEST(ConversionLimits, DecimalsRoundAsExactNumbers) {
           {{scaled("21474836485", -1, true), "-2147483648"},
            {scaled("21474836474999999999999999", -16, false), "2147483647"},
            {scaled("79228162514264337593543950335", 0, false), "fault 6"}});
-    Check(ToBoolean, {{scaled("1", -28, true), "1"}, {scaled("0", 0, true), "0"}});
+    // The last one's low 64 bits are all zero.
+    Check(ToBoolean,
+          {{scaled("1", -28, true), "1"},
+           {scaled("0", 0, true), "0"},
+           {scaled("18446744073709551616", 0, false), "1"}});
 }
 
 TEST(ConversionLimits, SingleEndsHalfAStepAboveItsLargest) {
