@@ -30,7 +30,6 @@ Control::Control(const hexmire::Platform& platform)
 Control::~Control() {
     assert(raising_ == 0 && "a control must not be destroyed inside its own handler");
     if (!tornDown_) TearDown();
-    *alive_ = false;
     site_.Release();
 }
 
@@ -146,9 +145,8 @@ void Control::TriggerError(std::int32_t errorCode,
 void Control::ControlTerminate() {
     RunOwn("ControlTerminate", [&] {
         RequireAlive();
-        container_.Unload([this, alive = std::weak_ptr<bool>(alive_)] {
-            const std::shared_ptr<bool> token = alive.lock();
-            if (token != nullptr && *token && !tornDown_) TearDown();
+        container_.Unload([this, alive = std::weak_ptr<const Alive>(alive_)] {
+            if (!alive.expired() && !tornDown_) TearDown();
         });
     });
 }

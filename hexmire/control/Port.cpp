@@ -64,7 +64,10 @@ void Control::LoadXMLDictionary() {
         const std::shared_ptr<hexmire::SECSDictionary> dictionary = dictionary_;
         if (document == nullptr || dictionary == nullptr) throw Fault(FaultNumber::ObjectNotSet);
         if (document->Load(settings_.SECSDictionaryFile)) {
-            LoadTransactions(*dictionary, *document);
+            for (const auto& trans : SelectTransactions(*document)) {
+                if (dictionary_ != dictionary) return;  // A handler has ended the control.
+                CreateTransObject(*dictionary, trans);
+            }
         } else if (document->ParseErrorCode() != 0) {
             RaiseOwnError(kRoutine, 2001, {}, kLoadStatement);
         }

@@ -100,12 +100,14 @@ void CreateTransObject(SECSDictionary& dictionary, const Node& node) {
     });
 }
 
-void LoadTransactions(SECSDictionary& dictionary, const IXMLDocument& document) {
+std::vector<Node> SelectTransactions(const IXMLDocument& document) {
     const Node root = document.DocumentElement();
     if (root == nullptr) throw Fault(FaultNumber::ObjectNotSet);
+    std::vector<Node> selected;
     for (Node child = root->FirstChild(); child != nullptr; child = child->NextSibling()) {
-        if (IsElement(*child, "Trans")) CreateTransObject(dictionary, child);
+        if (IsElement(*child, "Trans")) selected.push_back(child);
     }
+    return selected;
 }
 
 }  // namespace hexmire::detail

@@ -4,6 +4,7 @@
 #include <hexmire/trans/SECSDictionary.h>
 
 #include <memory>
+#include <vector>
 
 /// Building templates from a loaded XML dictionary.
 namespace hexmire::detail {
@@ -16,7 +17,9 @@ void CreateTransObject(SECSDictionary& dictionary, const std::shared_ptr<const I
 /// is passed over.
 void CreateItemNode(const SECSItemPtr& parent, const std::shared_ptr<const IXMLNode>& node);
 
-/// Appends every `Trans` child of the document element.
-void LoadTransactions(SECSDictionary& dictionary, const IXMLDocument& document);
+/// Every `Trans` child of the document element, in document order; fault 91 when there is no
+/// document element.
+[[nodiscard]] std::vector<std::shared_ptr<const IXMLNode>> SelectTransactions(
+    const IXMLDocument& document);
 
 }  // namespace hexmire::detail

@@ -166,17 +166,20 @@ TEST(LoadDictionary, MayBeCalledAgainFromTheErrorHandler) {
     EXPECT_EQ(host.Control().ErrorCode(), 2001);
 }
 
-TEST(LoadDictionary, SurvivesAHandlerThatEndsTheControl) {
+TEST(LoadDictionary, EndsInsideAHandlerThatEndsTheControl) {
     WithFile host;
     host.XML.Document = FakeXMLNode::Make(
         "D",
         {},
         {FakeXMLNode::Make("Trans"), TransNode("S1F3", "1", "3"), FakeXMLNode::Make("Trans")});
-    bool once = true;
+    const auto dictionary = host.Control().SECSDictionary();
+    int errors = 0;
     host.Control().Events().Error = [&](std::int32_t, const std::string&, std::int32_t) {
-        if (std::exchange(once, false)) host.Control().ControlTerminate();
+        if (++errors == 1) host.Control().ControlTerminate();
     };
     host.Control().LoadXMLDictionary();
+    EXPECT_EQ(errors, 1);
+    EXPECT_EQ(dictionary->TransCount(), 0);
     EXPECT_EQ(host.Control().SECSDictionary(), nullptr);
     EXPECT_FALSE(host.Driver.Alive);
 }

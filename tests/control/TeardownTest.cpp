@@ -64,6 +64,19 @@ TEST(Teardown, ReleasesTheDriverBeforeItEmptiesTheTableAndThenTheDocument) {
     EXPECT_EQ(order, (Names{"template", "waiting", "document"}));
 }
 
+TEST(Teardown, FindsNoDictionaryWhenATemplateThatGoesCallsTheControl) {
+    TestHost host;
+    const auto loads = [&host](const int* value) {
+        host.Control().LoadXMLDictionary();
+        EXPECT_EQ(host.Control().NewSECSTransaction(1), nullptr);
+        delete value;
+    };
+    host.Control().SECSDictionary()->AddNewTrans(1)->Tag(std::shared_ptr<int>(new int(0), loads));
+    host.Control().ControlTerminate();
+    EXPECT_EQ(host.Errors, (Errors{NotSetIn("LoadXMLDictionary"), NotSetIn("NewSECSTransaction")}));
+    EXPECT_TRUE(host.XML.Loaded.empty());
+}
+
 TEST(Teardown, GoesOnWhenTheTimerCannotBeStopped) {
     TestHost host;
     host.Container.OnCall = [](const std::string& call) {

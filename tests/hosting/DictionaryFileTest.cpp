@@ -195,6 +195,24 @@ TEST(DictionaryFile, WithABrokenTailLoadsNothing) {
     }
 }
 
+TEST(DictionaryFile, IsHeldAgainstTheDeclarationsItCarries) {
+    const std::string declared =
+        "<!DOCTYPE D [<!ELEMENT D (Trans*)><!ELEMENT Trans (Primary, Secondary)>"
+        "<!ELEMENT Primary (Root)><!ELEMENT Secondary (Root)><!ELEMENT Root EMPTY>"
+        "<!ATTLIST Trans Name CDATA #REQUIRED Desc CDATA 'd'>"
+        "<!ATTLIST Primary Stream CDATA '1' Func CDATA '3' Name CDATA 'n' Desc CDATA 'd'>"
+        "<!ATTLIST Secondary Stream CDATA '1' Func CDATA '4' Name CDATA 'n' Desc CDATA 'd'>]>";
+    ExpectEach({{"declared defaults are attributes",
+                 declared + "<D><Trans Name='T'><Primary><Root/></Primary><Secondary><Root/>"
+                            "</Secondary></Trans></D>",
+                 {"T|d P S1F3 n|d S S1F4 n|d"},
+                 {}},
+                {"what they do not allow loads nothing",
+                 declared + "<D><Trans Name='T'><Primary><Root/></Primary></Trans></D>",
+                 {},
+                 {kFileError}}});
+}
+
 TEST(DictionaryFile, ThatIsMissingIsReported) {
     DictionaryFile host;
     for (const char* path : {"", "/nowhere/Default.xml", "/", "http://127.0.0.1:1/Default.xml"}) {

@@ -233,35 +233,26 @@ TEST(XmlItem, SurvivesItemsNestedAHundredThousandDeep) {
         nodes.pop_back();
 }
 
-TEST(XmlTransactions, AreTheDirectChildrenOfTheDocumentElement) {
-    TransHost host;
+TEST(XmlTransactions, AreTheDirectChildrenOfTheDocumentElementInOrder) {
     fakes::XMLRecord record;
-    const auto trans = [](const char* name) {
-        return FakeXMLNode::Make("Trans", {{"Name", name}, {"Desc", ""}});
-    };
-    record.Document = FakeXMLNode::Make("AnyName",
-                                        {},
-                                        {FakeXMLNode::Make(""),
-                                         trans("A"),
-                                         FakeXMLNode::Make("Group", {}, {trans("inner")}),
-                                         FakeXMLNode::Make("trans"),
-                                         trans("B")});
-    const auto dictionary = host.Make<SECSDictionary>();
-    detail::LoadTransactions(*dictionary, fakes::FakeXMLDocument(record));
-    ASSERT_EQ(dictionary->TransCount(), 2);
-    EXPECT_EQ(dictionary->SECSTrans(1)->Name(), "A");
-    EXPECT_EQ(dictionary->SECSTrans(2)->Name(), "B");
-    EXPECT_EQ(host.Errors.size(), 2U);  // Neither has a Primary; the second is built all the same.
+    const auto first = FakeXMLNode::Make("Trans", {}, {FakeXMLNode::Make("Trans")});
+    const auto last = FakeXMLNode::Make("Trans");
+    record.Document =
+        FakeXMLNode::Make("AnyName",
+                          {},
+                          {FakeXMLNode::Make(""),
+                           first,
+                           FakeXMLNode::Make("Group", {}, {FakeXMLNode::Make("Trans")}),
+                           FakeXMLNode::Make("trans"),
+                           last});
+    EXPECT_EQ(detail::SelectTransactions(fakes::FakeXMLDocument(record)),
+              (std::vector<std::shared_ptr<const IXMLNode>>{first, last}));
 }
 
 TEST(XmlTransactions, OfAnEmptyDocumentAreNone) {
-    TransHost host;
     fakes::XMLRecord record;
     record.Document = FakeXMLNode::Make("Dictionary");
-    const auto dictionary = host.Make<SECSDictionary>();
-    detail::LoadTransactions(*dictionary, fakes::FakeXMLDocument(record));
-    EXPECT_EQ(dictionary->TransCount(), 0);
-    EXPECT_EQ(host.Take(), Reports{});
+    EXPECT_TRUE(detail::SelectTransactions(fakes::FakeXMLDocument(record)).empty());
 }
 
 }  // namespace

@@ -183,7 +183,9 @@ private:
     bool portOpened_ = false;
     bool tornDown_ = false;
     int raising_ = 0;  // Events being raised: the object must not end inside its own handler.
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+    // Ends with the control: the container may call the teardown later than that.
+    struct Alive {};
+    std::shared_ptr<const Alive> alive_ = std::make_shared<const Alive>();
     std::thread::id thread_ = std::this_thread::get_id();
 
     template <class Handler, class... Arguments>
