@@ -19,12 +19,12 @@ std::string Field(std::string_view head, std::uint8_t value) {
     return text;
 }
 
-/// Calls `put(position, byte)` for every element in index order. The bytes of an array of Byte with
-/// lower bound 0 need no conversion.
+/// Calls `put(position, byte)` for every element in index order, the first at position 0 whatever
+/// its index. The bytes of an array of Byte need no conversion.
 template <class Put>
 void ForEachByte(const Variant& values, Put put) {
     const auto bytes = values.View<std::uint8_t>();
-    if (!bytes.empty() && values.LowerBound() == 0) {
+    if (!bytes.empty()) {
         for (std::size_t index = 0; index < bytes.size(); ++index)
             put(index, bytes[index]);
         return;
