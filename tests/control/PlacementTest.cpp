@@ -47,6 +47,18 @@ TEST(InitProperties, GoesOnBehindEachSetterThatFaults) {
     }
 }
 
+TEST(InitProperties, ReportsAgainATimeOutRetryThatTheDriverCannotTake) {
+    ReadyHost host;
+    host.Control().TimeOutRetry(40000);
+    host.Control().InitProperties();
+    const ErrorEvent overflow{6, "(Hexmire-Let TimeOutRetry) Overflow", 0};
+    EXPECT_EQ(host.Errors, (Errors{overflow, overflow}));
+    Names pushed = kPushed;
+    pushed.erase(pushed.begin() + 23);
+    EXPECT_EQ(host.Driver.Calls, pushed);
+    EXPECT_EQ(host.Container.Changed, FirstOf(kNotified, 25));
+}
+
 TEST(InitProperties, StopsWhenTheTimerCannotBeStarted) {
     ReadyHost host;
     host.Container.OnCall = [](const std::string&) { throw std::runtime_error("no timers left"); };
