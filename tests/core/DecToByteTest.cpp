@@ -1,5 +1,6 @@
 #include <hexmire/core/detail/Decoder.h>
 #include <hexmire/core/detail/Encoder.h>
+#include <hexmire/support/Conversion.h>
 
 #include "../fakes/Messages.h"
 #include "../fakes/RecordingSite.h"
@@ -57,6 +58,37 @@ TEST(DecToByte, WithoutAnyPlaceTheFirstByteTakesAPartialOne) {
     EXPECT_EQ(HexOf(bytes), "05 09");
     EXPECT_EQ(site.Errors,
               std::vector<std::string>{"9 (SECSMessage-lDecToByte) Subscript out of range"});
+}
+
+TEST(DecToByte, AFractionFillsTheSamePlacesAsAWholeNumber) {
+    struct Row {
+        const char* Value;
+        std::int16_t Count;
+        const char* Bytes;
+        std::size_t Errors;
+    };
+    // Seven bits are a partial byte, which may land on the first place; eight are a full one.
+    const std::vector<Row> rows = {
+        {"64.5", 4, "09 09 09 40", 0},
+        {"127.25", 4, "09 09 09 7F", 0},
+        {"128.25", 4, "09 09 09 80", 0},
+        {"255.25", 4, "09 09 09 FF", 0},
+        {"256.25", 4, "09 09 01 00", 0},
+        {"128.25", 1, "80 09 09 09", 0},
+        {"64.5", 0, "40 09 09 09", 0},
+        {"127.25", 0, "7F 09 09 09", 0},
+        {"128.25", 0, "09 09 09 09", 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.Value);
+        RecordingSite site;
+        std::array<std::uint8_t, 4> bytes{9, 9, 9, 9};
+        lDecToByte(ToDecimal(row.Value), bytes, row.Count);
+        EXPECT_EQ(HexOf(bytes), row.Bytes);
+        EXPECT_EQ(site.Errors,
+                  std::vector<std::string>(row.Errors,
+                                           "9 (SECSMessage-lDecToByte) Subscript out of range"));
+    }
 }
 
 TEST(DecToByte, APlaceBehindTheLastByteIsABoundsFault) {

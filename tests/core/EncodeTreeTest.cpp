@@ -129,6 +129,8 @@ TEST(EncodeTree, TheOutputArrayHoldsTheBytesAndNothingElse) {
     std::vector<std::uint8_t> bytes{1, 2, 3, 4, 5, 6, 7};
     SECSMessageAccess::Build(*MessageOf(FormatU1, 1), bytes);
     EXPECT_EQ(HexOf(bytes), "A5 01 01");
+    SECSMessageAccess::Build(*New<SECSMessage>(), bytes);
+    EXPECT_EQ(HexOf(bytes), "");
 }
 
 TEST(EncodeTree, TheWorkerAppendsToWhatIsThere) {

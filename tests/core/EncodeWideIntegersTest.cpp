@@ -139,6 +139,31 @@ TEST(EncodeWideIntegers, AByteThatRoundsBeyond255IsAnOverflowInTheHelper) {
     EXPECT_EQ(site.Errors, std::vector<std::string>(7, "6 (SECSMessage-lDecToByte) Overflow"));
 }
 
+TEST(EncodeWideIntegers, ElementsOfEveryKindHoldAtTheLimitsToo) {
+    constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
+    ExpectEncoded({
+        {FormatU4, std::vector<std::int32_t>{-1, kLowest}, "B1 08 00 00 00 01 00 00 00 00"},
+        {FormatU4, std::vector<double>{-3, 4294967296.0}, "B1 08 00 00 00 01 01 00 00 00"},
+        {FormatU4, std::vector<double>{4294967294.5, -2.5}, "B1 08 FF FF FF FE 00 00 00 02"},
+        {FormatU4, std::vector<Decimal>{Power(32), Power(31)}, "B1 08 01 00 00 00 80 00 00 00"},
+        {FormatI8, std::vector<std::int32_t>{kLowest}, "61 08 FF FF FF FF 80 00 00 00"},
+        {FormatI8,
+         std::vector<double>{-9007199254740992.0, -9007199254740994.0},
+         "61 10 FF E0 00 00 00 00 00 00 FF DF FF FF FF FF FF FE"},
+        {FormatI8,
+         std::vector<float>{-0.0F, -0.25F},
+         "61 10 00 00 00 00 00 00 00 00 FF FF FF FF FF FF FF FF"},
+        {FormatI8,
+         std::vector<Decimal>{Decimal(0, ~0ULL, true), Power(64).Negated()},
+         "61 10 00 00 00 00 00 00 00 01 FF 00 00 00 00 00 00 00"},
+        {FormatU8,
+         std::vector<double>{9007199254740994.0, 18446744073709551616.0},
+         "A1 10 00 20 00 00 00 00 00 02 01 00 00 00 00 00 00 00"},
+        {FormatU8, std::vector<bool>{true}, "A1 08 00 00 00 00 00 00 00 01"},
+        {FormatI8, std::vector<bool>{true}, "61 08 FF FF FF FF FF FF FF FF"},
+    });
+}
+
 TEST(EncodeWideIntegers, TheSignOfOneElementIsNotThatOfTheNext) {
     RecordingSite site;
     EXPECT_EQ(
