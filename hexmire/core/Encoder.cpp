@@ -7,8 +7,11 @@
 #include <hexmire/support/Reporting.h>
 
 #include <bit>
+#include <cmath>
 #include <concepts>
 #include <cstddef>
+#include <cstdlib>
+#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -57,6 +60,9 @@ void WriteLowBytes(Output& out, std::uint64_t bits) {
     out.insert(out.end(), bytes, bytes + Width);
 }
 
+const Variant& AsVariant(const Variant& value) { return value; }
+Variant AsVariant(const auto& value) { return value; }
+
 template <class T>
 std::int32_t AsLong(const T& value) {
     if constexpr (std::same_as<T, Variant>) {
@@ -70,11 +76,41 @@ std::int32_t AsLong(const T& value) {
     }
 }
 
+/// The low bytes of a whole number that its wide format holds, so that no decimal is needed to make
+/// them; none for anything else.
+template <std::size_t Width, bool Signed, class T>
+std::optional<std::uint64_t> PlainBits(const T& value) {
+    std::uint64_t magnitude = 0;
+    bool negative = false;
+    if constexpr (std::same_as<T, Decimal>) {
+        if (!value.IsWhole() || value.MantissaHigh() != 0) return std::nullopt;
+        magnitude = value.MantissaLow();
+        negative = value.IsNegative();
+    } else if constexpr (std::integral<T> && !std::same_as<T, bool>) {
+        negative = value < 0;
+        magnitude = static_cast<std::uint64_t>(std::abs(std::int64_t{value}));
+    } else if constexpr (std::floating_point<T>) {
+        constexpr double kExact = 9007199254740992.0;  // 2^53
+        const auto wide = static_cast<double>(value);
+        if (!(std::abs(wide) <= kExact) || std::trunc(wide) != wide) return std::nullopt;
+        negative = wide < 0;
+        magnitude = static_cast<std::uint64_t>(std::abs(wide));
+    } else {
+        return std::nullopt;
+    }
+    constexpr std::uint64_t kLargest = ~std::uint64_t{0} >> (64 - Width * 8);
+    if (magnitude > kLargest || (negative && !Signed)) return std::nullopt;
+    return negative ? 0 - magnitude : magnitude;
+}
+
+bool Truth(bool value) { return value; }
+bool Truth(const auto& value) { return ToBoolean(AsVariant(value)); }
+
 // How one value of a format is written; each takes any element type or a Variant.
 struct WriteBoolean {
     static constexpr std::size_t kWidth = 1;
     void operator()(Output& out, const auto& value) const {
-        out.push_back(ToBoolean(Variant(value)) ? 0xFF : 0x00);
+        out.push_back(Truth(value) ? 0xFF : 0x00);
     }
 };
 struct WriteBinary {
@@ -94,7 +130,11 @@ template <std::size_t Width, bool Signed>
 struct WriteWide {
     static constexpr std::size_t kWidth = Width;
     void operator()(Output& out, const auto& value) const {
-        Decimal number = ToDecimal(Variant(value));
+        if (const auto bits = PlainBits<Width, Signed>(value); bits) {
+            WriteLowBytes<Width>(out, *bits);
+            return;
+        }
+        Decimal number = ToDecimal(AsVariant(value));
         const bool negative = Signed && number.IsNegative();
         if (negative) number = number.Negated();
         const std::size_t start = out.size();
@@ -106,14 +146,20 @@ struct WriteWide {
 };
 struct WriteSingle {
     static constexpr std::size_t kWidth = 4;
+    void operator()(Output& out, float value) const {
+        WriteLowBytes<4>(out, std::bit_cast<std::uint32_t>(value));
+    }
     void operator()(Output& out, const auto& value) const {
-        WriteLowBytes<4>(out, std::bit_cast<std::uint32_t>(ToSingle(Variant(value))));
+        (*this)(out, ToSingle(AsVariant(value)));
     }
 };
 struct WriteDouble {
     static constexpr std::size_t kWidth = 8;
+    void operator()(Output& out, double value) const {
+        WriteLowBytes<8>(out, std::bit_cast<std::uint64_t>(value));
+    }
     void operator()(Output& out, const auto& value) const {
-        WriteLowBytes<8>(out, std::bit_cast<std::uint64_t>(ToDouble(Variant(value))));
+        (*this)(out, ToDouble(AsVariant(value)));
     }
 };
 
