@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 // Lists nest to any depth: nothing below may use the machine's stack for it.
@@ -77,6 +78,19 @@ TEST(CodecDepth, ATextThatIsMostlyIndentationEndsWithOneOutOfMemory) {
     EXPECT_LT(text.size(), std::size_t{80} << 20U);
     EXPECT_GT(text.size(), std::size_t{60} << 20U);
     EXPECT_EQ(site.Errors, std::vector<std::string>{"7 (SECSMessage-ItemToSML) Out of memory"});
+}
+
+TEST(CodecDepth, ALongTextIsNoIndentationAndIsShownWhole) {
+    RecordingSite site;
+    constexpr std::size_t kLength = 70000000;
+    const SECSMessagePtr message = MessageOf(FormatList);
+    AddItem(Body(message), FormatAscii, std::string(kLength, 'x'));
+    AddItem(Body(message), FormatU1, 7);
+    const std::string text = RenderSml(*message, false);
+    EXPECT_EQ(text.find('x'), std::string_view("S0F1\r\n< L \r\n  < A '").size());
+    EXPECT_EQ(text.find_last_of('x') - text.find('x') + 1, kLength);
+    EXPECT_TRUE(text.ends_with("xx' >\r\n  < U1 7 >\r\n >\r\n."));
+    EXPECT_EQ(site.Errors, std::vector<std::string>{});
 }
 
 TEST(CodecDepth, FiveThousandListsAreStillShownWhole) {
