@@ -78,13 +78,11 @@ void Control::LoadXMLDictionary() {
 
 void Control::moSECSIService_Connect() {
     if (tornDown_) return;
-    const Held held = Hold();
     RunOwn("moSECSIService_Connect", [&] { Raise(events_.Connect); });
 }
 
 void Control::moSECSIService_Disconnect(std::int32_t errorCode, const std::string& errorText) {
     if (tornDown_) return;
-    const Held held = Hold();
     RunOwn("moSECSIService_Disconnect", [&] {
         Raise(events_.Disconnect, errorCode, errorText);
         errorCode_ = errorCode;
@@ -93,7 +91,6 @@ void Control::moSECSIService_Disconnect(std::int32_t errorCode, const std::strin
 
 void Control::moSECSIService_Error(std::int32_t errorCode, const std::string& errorText) {
     if (tornDown_) return;
-    const Held held = Hold();
     RunOwn("moSECSIService_Error", [&] { RaiseError(errorCode, errorText, 0); });
 }
 

@@ -36,7 +36,6 @@ void Control::moSECSIService_SecsMsgReceive(const std::string& headerHex,
                                             const std::string& bodyHex,
                                             std::int32_t bodyLength) {
     if (tornDown_) return;
-    const Held held = Hold();
     RunOwn(kMessageReceive, [&] { Receive(headerHex, bodyHex, bodyLength); });
 }
 
@@ -120,8 +119,9 @@ SECSTransPtr Control::WaitingFor(const MessageHeader& header) const {
 }
 
 // The host gets a copy with the reply in it; the waiting entry leaves the table when the host is
-// done.
+// done, a table that the host may have torn down.
 void Control::DispatchSecondary(const MessageHeader& header, const SECSMessagePtr& message) {
+    const std::shared_ptr<hexmire::SECSDictionary> table = transInUse_;
     const SECSTransPtr waiting = WaitingFor(header);
     const SECSTransPtr trans =
         waiting != nullptr ? CopyOf(waiting) : ObjectMaker::Make<SECSTrans>(site_.Ref());

@@ -20,7 +20,6 @@ void Control::moSECSIService_SecsBlockReceive(const std::string& blockHex) {
 // A primary that has gone out starts its entry's timer; a block of a reply stops it.
 void Control::MarkT3(const char* routine, const std::string& hex, bool start) {
     if (tornDown_) return;
-    const Held held = Hold();
     RunOwn(routine, [&] {
         if (hex.empty()) {
             RaiseOwnError(routine, 2016);

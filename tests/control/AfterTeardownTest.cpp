@@ -200,5 +200,31 @@ TEST(Memory, IsReturnedAfterTenThousandLives) {
     }
 }
 
+TEST(AfterTeardown, ATickThatWasOnItsWayDoesNothing) {
+    struct LateContainer : RecordingContainer {
+        void StartTimer(std::chrono::milliseconds period, std::function<void()> tick) override {
+            OnItsWay = tick;
+            RecordingContainer::StartTimer(period, std::move(tick));
+        }
+        std::function<void()> OnItsWay;
+    };
+    TestHost host;
+    LateContainer container;
+    const Platform given = host.MakePlatform();
+    Hexmire control(Platform{.NewDriver = given.NewDriver,
+                             .NewXMLDocument = given.NewXMLDocument,
+                             .Container = container,
+                             .Files = host.Files,
+                             .Clock = host.Clock,
+                             .ApplicationFolder = "C:\\App"});
+    int errors = 0;
+    control.Events().Error = [&](std::int32_t, const std::string&, std::int32_t) { ++errors; };
+    control.ControlTerminate();
+    host.Clock.Advance(std::chrono::seconds(1));
+    container.OnItsWay();
+    EXPECT_EQ(errors, 0);
+    EXPECT_EQ(control.ErrorCode(), 0);
+}
+
 }  // namespace
 }  // namespace hexmire

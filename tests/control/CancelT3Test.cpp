@@ -51,6 +51,22 @@ TEST(CancelT3, WalksTheTableToTheFirstMatch) {
     EXPECT_FALSE(Access::T3Start(*second));
 }
 
+TEST(CancelT3, ShowsTheRepliesOfAllThatItPasses) {
+    Waiting host;
+    host.Send(1, 3)->Secondary()->Stream(9);
+    host.Send(1, 5)->Secondary()->Func(0);
+    host.Send(1, 7);
+    host.NewLines();
+    host.BlockReceived(Header(0, false, 1, 8, 4));
+    EXPECT_EQ(host.NewLines(),
+              (Lines{"Cancel T3 - Searching for S1F8 SystemBytes: 4",
+                     "Cancel T3 - TransactionInUse[1] : S9F4 SystemBytes: 1",
+                     "Cancel T3 - TransactionInUse[2] : S1F0 SystemBytes: 2",
+                     "Cancel T3 - TransactionInUse[3] : S1F8 SystemBytes: 3"}));
+    host.BlockReceived(Header(0, false, 1, 0, 2));
+    EXPECT_EQ(host.NewLines().back(), "Cancel T3 - Timer for S1F0 SystemBytes: 2");
+}
+
 TEST(CancelT3, NeedsStreamFunctionAndSystemBytesWhateverTheCheckSays) {
     struct Row {
         std::int32_t Stream;

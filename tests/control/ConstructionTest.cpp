@@ -237,11 +237,17 @@ TEST(Construction, SurvivesADriverThatCannotBeMade) {
     EXPECT_EQ(control.NewSECSTransaction("S1F1"), nullptr);
     EXPECT_EQ(errors, (Errors{NotSetIn("NewSECSTransaction")}));
     errors.clear();
+    control.InitProperties();
+    errors.clear();
+    place.Clock.Advance(std::chrono::seconds(1));
+    place.Container.Tick();
+    EXPECT_EQ(errors, (Errors{NotSetIn("TimerCheck_Timer")}));
+    errors.clear();
     control.ClosePort();
     control.ControlTerminate();
     EXPECT_EQ(errors.size(), 2U);
     EXPECT_TRUE(place.Driver.Calls.empty());
-    EXPECT_EQ(place.Container.Starts, 0);
+    EXPECT_EQ(place.Container.Starts, 1);  // That of the placement.
 }
 
 TEST(Construction, SurvivesAPlatformThatGivesNothing) {

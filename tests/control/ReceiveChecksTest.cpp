@@ -207,5 +207,19 @@ TEST(ReceiveBody, IgnoresBytesBehindTheFirstItem) {
     EXPECT_EQ(host.Primaries.at(0)->Primary()->RawHex(), "A5 01 07 A5 01 08");
 }
 
+TEST(ReceiveBody, ThatMakesTheHandlerEndTheControlIsNotDispatched) {
+    for (const std::int32_t function : {1, 2}) {
+        Receiving host;
+        host.OnError([&](std::int32_t code) {
+            if (code == 9) host.Control().ControlTerminate();
+        });
+        host.MessageReceived(Header(0, false, 1, function, 9), Bytes("A5 02 07"));
+        EXPECT_EQ(host.Errors,
+                  (Errors{{9, "(SECSMessage-lParseSECSMessage) Subscript out of range", 0},
+                          {91, kPrefix + "Object variable or With block variable not set", 0}}));
+        EXPECT_EQ(host.Raised.size(), 2U);
+    }
+}
+
 }  // namespace
 }  // namespace hexmire

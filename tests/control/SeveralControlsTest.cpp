@@ -179,12 +179,12 @@ TEST(SeveralControls, TenOfThemWorkAtOnce) {
     }
     for (const auto& host : hosts) {
         host->Control().SystemBytesCheck(true);
-        while (host->Table()->TransCount() > 0) {
-            const std::int32_t systemBytes =
-                host->Table()->SECSTrans(host->Table()->TransCount())->SystemBytes();
+        for (int waiting = 20; waiting > 0; --waiting) {
+            const std::int32_t systemBytes = host->Table()->SECSTrans(waiting)->SystemBytes();
             host->ReceiveReply(1, 4, static_cast<std::uint32_t>(systemBytes));
         }
         EXPECT_EQ(host->Secondaries.size(), 20U);
+        EXPECT_EQ(host->Table()->TransCount(), 0);
         EXPECT_TRUE(host->Errors.empty());
     }
     EXPECT_EQ(detail::State().SystemBytesCounter, 200);

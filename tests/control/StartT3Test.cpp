@@ -46,6 +46,29 @@ TEST(StartT3, WalksTheTableToTheFirstMatch) {
     EXPECT_FALSE(Access::T3Start(*third));
 }
 
+TEST(StartT3, CountsEveryEntryThatItPasses) {
+    Receiving host;
+    for (const std::int32_t function : {1, 3, 5, 7, 9})
+        host.Send(1, function);
+    host.NewLines();
+    host.MessageSent(Header(0, true, 1, 7, 4));
+    host.MessageSent(Header(0, true, 1, 7, 6));
+    const std::string entry = "Start T3 - TransactionInUse[";
+    EXPECT_EQ(host.NewLines(),
+              (Lines{"Start T3 - Searching for S1F7 SystemBytes: 4",
+                     entry + "1] : S1F1 SystemBytes: 1",
+                     entry + "2] : S1F3 SystemBytes: 2",
+                     entry + "3] : S1F5 SystemBytes: 3",
+                     entry + "4] : S1F7 SystemBytes: 4",
+                     "Start T3 - Timer for S1F7 SystemBytes: 4",
+                     "Start T3 - Searching for S1F7 SystemBytes: 6",
+                     entry + "1] : S1F1 SystemBytes: 1",
+                     entry + "2] : S1F3 SystemBytes: 2",
+                     entry + "3] : S1F5 SystemBytes: 3",
+                     entry + "4] : S1F7 SystemBytes: 4",
+                     entry + "5] : S1F9 SystemBytes: 5"}));
+}
+
 TEST(StartT3, NeedsStreamFunctionAndSystemBytes) {
     struct Row {
         std::int32_t Stream;

@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <utility>
 
 namespace hexmire::detail {
@@ -93,13 +94,6 @@ private:
     struct MessageHeader;
     /// While it lives this control is the current one. Debug builds detect a foreign thread.
     class Entry;
-    /// What lives until a handler has returned, although it has ended the control.
-    struct Held {
-        std::shared_ptr<SECSIService> Driver;
-        std::shared_ptr<hexmire::SECSDictionary> Dictionary;
-        std::shared_ptr<hexmire::SECSDictionary> TransInUse;
-    };
-    [[nodiscard]] Held Hold() const { return {driver_, dictionary_, transInUse_}; }
 
     /// Runs a routine of the control under its own fault handler.
     template <class Body>
@@ -130,7 +124,6 @@ private:
     void SearchTable(const MessageHeader& header, bool start);
     void TimerCheck_Timer();
     void Receive(const std::string& headerHex, const std::string& bodyHex, std::int32_t bodyLength);
-    void Dispatch(const MessageHeader& header, const SECSMessagePtr& message);
     void DispatchPrimary(const MessageHeader& header, const SECSMessagePtr& message);
     void DispatchSecondary(const MessageHeader& header, const SECSMessagePtr& message);
 
@@ -210,7 +203,8 @@ void Control::RunOwn(const char* routine, Body&& body) noexcept {
     }
 }
 
-/// A handler may replace itself while it runs, so a copy is called.
+/// A handler may replace itself while it runs, so a copy is called; it may end the control, so what
+/// that would release is held.
 template <class Handler, class... Arguments>
 void Control::Raise(const Handler& handler, Arguments&&... arguments) {
     if (!handler) return;
@@ -222,7 +216,7 @@ void Control::Raise(const Handler& handler, Arguments&&... arguments) {
         ~Count() { --Depth; }
     };
     const Count count(raising_);
-    const Held held = Hold();
+    const auto held = std::make_tuple(driver_, dictionary_, transInUse_);
     const Handler running = handler;
     running(std::forward<Arguments>(arguments)...);
 }
