@@ -117,6 +117,8 @@ TEST_F(XmlDocumentTest, failed_load_forgets_the_document_before) {
     ExpectFailure();
     EXPECT_TRUE(Load("<D/>"));
     EXPECT_EQ(document_.ParseErrorCode(), 0);
+    EXPECT_FALSE(document_.Load(folder_ / "missing.xml"));
+    ExpectFailure();
 }
 
 // --- Encodings -----------------------------------------------------------------------------------
