@@ -248,6 +248,17 @@ TEST(SmlReentry, ItemsThatAreDeletedMeanwhileAreStillShown) {
     EXPECT_EQ(RenderSml(*message, false), "S0F1\r\n< L  >\r\n.");
 }
 
+TEST(SmlReentry, AnItemShowsTheValueThatItHadWhenItsTurnCame) {
+    const SECSMessagePtr message = MessageOf(FormatVar, std::vector<std::int32_t>{});
+    RecordingSite site;
+    site.OnError = [&](std::int32_t) {
+        Body(message)->Value(std::vector<std::int32_t>{1, 2});
+        Body(message)->Format(FormatAscii);
+    };
+    EXPECT_EQ(RenderSml(*message, false), "S0F1\r\n< V [  ] >\r\n.");
+    EXPECT_EQ(site.Errors, Texts{"9 (ModGeneral-IsByteArray) Subscript out of range"});
+}
+
 TEST(SmlReentry, AnotherTextMayBeMadeInside) {
     const SECSMessagePtr message = MessageOf(FormatList);
     AddItem(Body(message), FormatBoolean, "abc");
