@@ -206,6 +206,49 @@ TEST_F(OutOfMemory, BuildNeverAnswersWithTheBytesOfBefore) {
     EXPECT_EQ(bytes.size(), before.size() - kLongText.size() - 3);
 }
 
+TEST_F(OutOfMemory, ParseReportsItAndKeepsWhatItHas) {
+    const std::vector<std::uint8_t> body{0x01, 3, 0x41, 3, 65,   66, 67, 0x01, 1, 0x69, 4,
+                                         0,    1, 0,    2, 0xB1, 4,  0,  0,    0, 9};
+    for (long request = 1;; ++request) {
+        ASSERT_LT(request, 1000);
+        const SECSMessagePtr message = New<SECSMessage>();
+        Site.Errors.clear();
+        requestsLeft = request;
+        EXPECT_TRUE(detail::SECSMessageAccess::Parse(*message, body));
+        const bool reached = requestsLeft == 0;
+        requestsLeft = 0;
+        EXPECT_LE(message->Root()->ItemCount(), 1);
+        if (!reached) break;
+        ASSERT_GE(Site.Errors.size(), 1U) << request;
+        EXPECT_EQ(Site.Errors[0].Code, 7);
+        // An item that could not be made is missed, and its place by those behind it.
+        for (std::size_t later = 1; later < Site.Errors.size(); ++later) {
+            EXPECT_NE(Site.Errors[later].Code, 7);
+        }
+    }
+    EXPECT_TRUE(Site.Errors.empty());
+}
+
+TEST_F(OutOfMemory, ToSmlReportsItAndClosesNoListThatItDidNotOpen) {
+    const SECSItemPtr inner = List->AddNew(5);
+    inner->Format(FormatList);
+    inner->AddNew(1);
+    std::string text;
+    const auto has = [&](const char* line) { return text.find(line) != std::string::npos; };
+    // The length of the first text moves the place where the whole text has to grow.
+    for (std::size_t length = 400; length < 700; ++length) {
+        List->Item(1)->Value(std::string(length, 'x'));
+        FailEverywhere(
+            [&] { text = RenderSml(*Subject, true); },
+            [&] {
+                EXPECT_TRUE(has("\r\n< L \r\n") || !has("\r\n >\r\n"));
+                EXPECT_TRUE(has("\r\n  < L \r\n") || !has("\r\n   >\r\n"));
+            },
+            {"(SECSMessage-ToSML) ", "(SECSMessage-ItemToSML) ", "(ModGeneral-GetSMLIndent) "});
+        EXPECT_TRUE(has("\r\n   >\r\n"));
+    }
+}
+
 TEST_F(OutOfMemory, DumpsAreEmpty) {
     const Variant bytes(std::vector<std::uint8_t>(1000, 7));
     std::string text;
