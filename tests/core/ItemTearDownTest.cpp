@@ -222,6 +222,17 @@ TEST(ItemEnd, ReleasesTheObjectInItsValue) {
     EXPECT_TRUE(watch.expired());
 }
 
+TEST(ItemEnd, ValuesThatReferUpwardsDoNotKeepATreeAliveBehindItsMessage) {
+    SECSMessagePtr message = New<SECSMessage>();
+    const std::weak_ptr<SECSItem> root = message->Root();
+    const std::weak_ptr<SECSItem> list = AddList(message->Root());
+    list.lock()->AddNew(1)->Value(message->Root());
+    list.lock()->AddNew(2)->Value(list.lock());
+    message.reset();
+    EXPECT_TRUE(root.expired());
+    EXPECT_TRUE(list.expired());
+}
+
 TEST(ItemEnd, ReportsNothing) {
     ErrorRecorder site;
     SECSItemPtr root = NewList();
