@@ -15,9 +15,9 @@ namespace {
 
 constexpr RoutineName Routine(const char* name) { return {"SECSItem", name}; }
 
-bool IsItemFormat(std::int32_t code) {
+/// Every format but the list.
+bool IsValueFormat(std::int32_t code) {
     switch (code) {
-        case FormatList:
         case FormatBinary:
         case FormatBoolean:
         case FormatAscii:
@@ -81,7 +81,7 @@ SECSItem::Texts& SECSItem::WritableTexts() {
 
 void SECSItem::Format(std::int32_t value) {
     // An illegal code is told in the words of the root item: hosts know this code under 1001.
-    if (value == FormatList || (IsItemFormat(value) && !parent_.expired())) {
+    if (value == FormatList || (IsValueFormat(value) && !parent_.expired())) {
         format_ = static_cast<std::uint8_t>(value);
         return;
     }

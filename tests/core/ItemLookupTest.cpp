@@ -187,6 +187,12 @@ TEST_F(ItemLookup, BlankTextIsAName) {
     ExpectRefused("  ", kNoName);
 }
 
+TEST_F(ItemLookup, ChildrenWithoutNameArePassedOver) {
+    static_cast<void>(List->AddNew(1));
+    EXPECT_EQ(List->Item("a"), Children[0]);
+    ExpectRefused("none", kNoName);
+}
+
 TEST_F(ItemLookup, DigitsInATextAreAName) {
     ExpectRefused("2", kNoName);
     Children[0]->Name("2");

@@ -28,7 +28,6 @@ public:
     /// Replaces the children.
     static void AllItems(SECSItem& item, const ChildList& children);
     static void TearDown(SECSItem& item) noexcept { item.TearDown(); }
-    static const SiteRef& Site(const SECSItem& item) noexcept { return item.site_; }
     static const Variant& Value(const SECSItem& item) noexcept { return item.value_; }
     static const Variant& Raw(const SECSItem& item) noexcept { return item.raw_; }
 };

@@ -29,10 +29,6 @@ public:
     /// The message as SML text.
     static std::string ToSML(const SECSMessage& message, bool replyExpected);
     static const SiteRef& Site(const SECSMessage& message) noexcept { return message.site_; }
-    /// The bytes that RawHex shows, when it was not set as a text.
-    static const Variant& RawHexBytes(const SECSMessage& message) noexcept {
-        return message.rawHexBytes_;
-    }
     static void CopyRawHex(SECSMessage& target, const SECSMessage& source);
 
 private:
