@@ -24,6 +24,12 @@ SnapshotIterator<hexmire::SECSTrans> SECSDictionary::begin() const {
     return SnapshotIterator<hexmire::SECSTrans>(items_);
 }
 
+std::string SECSDictionary::Description() const {
+    std::string text;
+    RunRoutine(site_, Routine("Get Description"), [&] { text = description_; });
+    return text;
+}
+
 void SECSDictionary::Description(std::string_view value) {
     RunRoutine(site_, Routine("Let Description"), [&] { description_ = value; });
 }
@@ -114,7 +120,13 @@ void SECSDictionaryAccess::Remove(SECSDictionary& dictionary, std::int32_t posit
 
 void SECSDictionaryAccess::TearDown(SECSDictionary& dictionary) noexcept {
     RunRoutine(dictionary.site_, Routine("TearDown"), [&] {
-        dictionary.items_ = std::make_shared<SECSDictionary::Entries>();
+        if (dictionary.items_.use_count() > 1) {
+            dictionary.items_ = std::make_shared<SECSDictionary::Entries>();
+            return;
+        }
+        // What ends with the entries finds the collection empty.
+        SECSDictionary::Entries released;
+        released.swap(*dictionary.items_);
     });
 }
 

@@ -29,7 +29,7 @@ public:
     [[nodiscard]] SnapshotIterator<hexmire::SECSTrans> begin() const;
     [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
 
-    [[nodiscard]] std::string Description() const { return description_; }
+    [[nodiscard]] std::string Description() const;
     void Description(std::string_view value);
 
     /// An entry by 1-based position (16- or 32-bit integer) or by name (letter case counts, first

@@ -41,8 +41,20 @@ void SECSTrans::ActionOnSuccess(Variant value) noexcept { actionOnSuccess_ = std
 
 void SECSTrans::Tag(Variant value) noexcept { tag_ = std::move(value); }
 
+std::string SECSTrans::Description() const {
+    std::string text;
+    RunRoutine(site_, Routine("Get Description"), [&] { text = description_; });
+    return text;
+}
+
 void SECSTrans::Description(std::string_view value) {
     RunRoutine(site_, Routine("Let Description"), [&] { description_ = value; });
+}
+
+std::string SECSTrans::Name() const {
+    std::string text;
+    RunRoutine(site_, Routine("Get Name"), [&] { text = name_; });
+    return text;
 }
 
 void SECSTrans::Name(std::string_view value) {

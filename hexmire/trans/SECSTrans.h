@@ -43,7 +43,7 @@ public:
     [[nodiscard]] bool AutoSystemBytes() const noexcept { return autoSystemBytes_; }
     void AutoSystemBytes(bool value) noexcept { autoSystemBytes_ = value; }
 
-    [[nodiscard]] std::string Description() const { return description_; }
+    [[nodiscard]] std::string Description() const;
     void Description(std::string_view value);
 
     /// Device ID of the header, [0..32767]; error 1047 outside. The control's at first.
@@ -56,7 +56,7 @@ public:
     /// True from Send until the reply has come.
     [[nodiscard]] bool InProgress() const noexcept { return inProgress_; }
 
-    [[nodiscard]] std::string Name() const { return name_; }
+    [[nodiscard]] std::string Name() const;
     void Name(std::string_view value);
 
     /// The messages: always the same objects, edited in place.

@@ -6,44 +6,21 @@
 #include <hexmire/sml.h>
 #include <hexmire/support/ModErrorMsg.h>
 
-#include "../fakes/ErrorRecorder.h"
+#include "../fakes/FailingMemory.h"
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdlib>
-#include <functional>
-#include <new>
 #include <string>
 #include <vector>
-
-// Memory for this program: the n-th request after Fail(n) finds none, all others do.
-namespace {
-
-long requestsLeft = 0;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
-
-void* Request(std::size_t size) {
-    if (requestsLeft > 0 && --requestsLeft == 0) throw std::bad_alloc();
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
-    throw std::bad_alloc();
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) { return Request(size); }
-void* operator new[](std::size_t size) { return Request(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
 
 namespace hexmire {
 namespace {
 
-using fakes::ErrorRecorder;
+using fakes::requestsLeft;
 
 const std::string kLongText(200, 'x');
 
-class OutOfMemory : public testing::Test {
+class OutOfMemory : public fakes::FailingMemory {
 protected:
     OutOfMemory() {
         Subject->Root()->AddNew(1)->Name(kLongText + "a");
@@ -57,34 +34,6 @@ protected:
         }
     }
 
-    /// Runs an operation once for each of its requests for memory, that one failing. Every failure
-    /// must be told once, under number 7, in one of these routines' names.
-    void FailEverywhere(const std::function<void()>& operation,
-                        const std::function<void()>& check,
-                        const std::vector<std::string>& prefixes) {
-        int failures = 0;
-        for (long request = 1; request < 1000; ++request) {
-            Site.Errors.clear();
-            requestsLeft = request;
-            operation();
-            const bool reached = requestsLeft == 0;
-            requestsLeft = 0;
-            check();
-            if (!reached) break;
-            ++failures;
-            ASSERT_EQ(Site.Errors.size(), 1U) << request;
-            EXPECT_EQ(Site.Errors[0].Code, 7);
-            bool known = false;
-            for (const std::string& prefix : prefixes) {
-                known = known || Site.Errors[0].Text == prefix + "Out of memory";
-            }
-            EXPECT_TRUE(known) << Site.Errors[0].Text;
-        }
-        EXPECT_GT(failures, 0);
-        EXPECT_TRUE(Site.Errors.empty());
-    }
-
-    ErrorRecorder Site;
     SECSMessagePtr Subject = New<SECSMessage>();
     SECSItemPtr List;
 };

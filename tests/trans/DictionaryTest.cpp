@@ -3,8 +3,11 @@
 #include "Dictionaries.h"
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace hexmire {
@@ -185,6 +188,25 @@ TEST(DictionaryTearDown, LeavesItsEntriesAsUnsendableAsTheyWere) {
         host.Take(),
         (Reports{{2009, "(SECSTrans-Send) You must call NewSECSTrans to use send method.", 0},
                  {2009, "(SECSTrans-Reply) You must call NewSECSTrans to use send method.", 0}}));
+}
+
+/// An object of the host that looks round when it ends.
+struct Ending {
+    explicit Ending(std::function<void()> look) : Look(std::move(look)) {}
+    Ending(const Ending&) = delete;
+    Ending& operator=(const Ending&) = delete;
+    ~Ending() { Look(); }
+    std::function<void()> Look;
+};
+
+TEST(DictionaryTearDown, ShowsAnEmptyCollectionToWhatEndsWithIt) {
+    TransHost host;
+    const auto dictionary = DictionaryOf(host, {"A", "B"});
+    std::vector<std::int32_t> seen;
+    dictionary->SECSTrans(1)->Tag(
+        std::make_shared<Ending>([&] { seen.push_back(dictionary->TransCount()); }));
+    DictionaryAccess::TearDown(*dictionary);
+    EXPECT_EQ(seen, (std::vector<std::int32_t>{0}));
 }
 
 TEST(DictionaryTearDown, LeavesTheDescription) {
