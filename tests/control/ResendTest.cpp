@@ -105,6 +105,52 @@ TEST(Answer, AfterTeardownLogsItsHeaderAndFaults) {
     EXPECT_TRUE(host.Driver.Sent.empty());
 }
 
+TEST(SystemBytes, GoOnWithTheNextControlWhereTheLastOneEnded) {
+    TestHost first;
+    const SECSTransPtr one = first.Control().NewSECSTransaction();
+    one->Send();
+    const std::int32_t last = one->SystemBytes();
+    first.DestroyControl();
+    one->Send();
+    EXPECT_EQ(one->SystemBytes(), last);
+    TestHost second;
+    const SECSTransPtr two = second.Control().NewSECSTransaction();
+    two->Send();
+    EXPECT_EQ(two->SystemBytes(), last + 1);
+}
+
+// The dictionary's own lookup is exact, the making of a transaction ignores letter case.
+TEST(Names, ThatDifferInCaseOnlyAreOneForNewTransactionsAndTwoForTheDictionary) {
+    TestHost host;
+    host.AddTemplate("s1f1", 1, 1);
+    host.AddTemplate("S1F1", 2, 1);
+    const auto dictionary = host.Control().SECSDictionary();
+    EXPECT_EQ(dictionary->SECSTrans("S1F1")->Primary()->Stream(), 2);
+    EXPECT_EQ(host.Control().NewSECSTransaction("S1F1")->Primary()->Stream(), 1);
+    EXPECT_EQ(host.Control().NewSECSTransaction("S1F1")->Name(), "s1f1");
+    EXPECT_EQ(dictionary->SECSTrans("S1f1"), nullptr);
+    EXPECT_EQ(host.Control().NewSECSTransaction("S1f1")->Primary()->Stream(), 1);
+    ASSERT_EQ(host.Errors.size(), 1U);
+    EXPECT_EQ(host.Errors[0].Code, 1025);
+}
+
+// The entry stands in the table once the driver's call has returned, not before.
+TEST(DriverEventsInsideSend, FindNoEntryYet) {
+    Receiving host;
+    host.Driver.OnCall = [&](const std::string& call) {
+        if (call != "SendMessage") return;
+        host.MessageSent(Header(0, true, 1, 1, 1));
+        host.BlockReceived(Header(0, false, 1, 2, 1));
+        host.ReceiveReply(1, 2, 1);
+    };
+    const SECSTransPtr trans = host.Send();
+    ASSERT_EQ(host.Errors.size(), 1U);
+    EXPECT_EQ(host.Errors[0].Code, 2013);
+    EXPECT_EQ(host.Table()->TransCount(), 1);
+    EXPECT_FALSE(Access::T3Start(*trans));
+    EXPECT_TRUE(trans->InProgress());
+}
+
 TEST(SettingsBetweenCopyAndSend, DecideTheReverseBitAndNothingElse) {
     struct Row {
         std::int32_t PortType;

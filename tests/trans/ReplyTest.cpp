@@ -48,10 +48,11 @@ TEST(Reply, LeavesTableProgressIndexAndT3) {
     waiting->Send();
     const SECSTransPtr trans = Received(host, 77);
     Access::Index(*trans, 6);
+    Access::InProgress(*trans, true);
     Access::T3Start(*trans, true);
     trans->Reply();
     EXPECT_EQ(host.Table->TransCount(), 1);
-    EXPECT_FALSE(trans->InProgress());
+    EXPECT_TRUE(trans->InProgress());
     EXPECT_EQ(Access::StoredIndex(*trans), 6);
     EXPECT_EQ(Access::Parent(*trans), nullptr);
     EXPECT_TRUE(Access::T3Start(*trans));

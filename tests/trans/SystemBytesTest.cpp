@@ -11,6 +11,14 @@ using fakes::HexOf;
 using fakes::TransHost;
 using Reports = TransHost::Reports;
 
+TEST(SystemBytes, BeginAtOneInAFreshProcess) {
+    EXPECT_EQ(detail::ProcessState().SystemBytesCounter, 0);
+    TransHost host;
+    const SECSTransPtr trans = host.MakeTrans(1, 1);
+    trans->Send();
+    EXPECT_EQ(trans->SystemBytes(), 1);
+}
+
 TEST(SystemBytes, ComeFromTheCounterOfTheProcess) {
     TransHost first;
     TransHost second;
