@@ -22,8 +22,8 @@ namespace hexmire {
 /// A message (stream 0, function 1) whose tree holds the decoded body. Nothing but an empty root
 /// for an empty body.
 struct DecodedBody {
-    SECSMessagePtr Message;
-    bool Ok = false;  ///< false after an unknown format code
+    SECSMessagePtr Message;  ///< none without memory for it
+    bool Ok = false;         ///< false after an unknown format code, and without a message
 };
 [[nodiscard]] DecodedBody DecodeBody(std::span<const std::uint8_t> bytes);
 

@@ -44,6 +44,11 @@ SECSItem::SECSItem(PassKey /*key*/, SiteRef site) : site_(std::move(site)) {}
 
 SECSItem::~SECSItem() { TearDown(); }
 
+template <>
+std::shared_ptr<SECSItem> New<SECSItem>() {
+    return detail::ObjectMaker::MakeForHost<SECSItem>("SECSItem");
+}
+
 SnapshotIterator<SECSItem> SECSItem::begin() const { return SnapshotIterator<SECSItem>(children_); }
 
 std::string SECSItem::Description() const {
@@ -114,6 +119,12 @@ void SECSItem::Value(Variant value) noexcept { value_ = std::move(value); }
 SECSItemPtr SECSItem::Item(const Variant& value) const {
     SECSItemPtr found;
     RunRoutine(site_, Routine("Get Item"), [&] { found = FindChild(value); });
+    return found;
+}
+
+SECSItemPtr SECSItem::Item(std::string_view name) const {
+    SECSItemPtr found;
+    RunRoutine(site_, Routine("Get Item"), [&] { found = FindChild(Variant(name)); });
     return found;
 }
 

@@ -103,9 +103,13 @@ public:
     [[nodiscard]] SECSItemPtr Item(T position) const {
         return Item(PositionVariant(position));
     }
-    [[nodiscard]] SECSItemPtr Item(const char* name) const { return Item(Variant(name)); }
-    [[nodiscard]] SECSItemPtr Item(const std::string& name) const { return Item(Variant(name)); }
-    [[nodiscard]] SECSItemPtr Item(std::string_view name) const { return Item(Variant(name)); }
+    [[nodiscard]] SECSItemPtr Item(std::string_view name) const;
+    [[nodiscard]] SECSItemPtr Item(const std::string& name) const {
+        return Item(std::string_view(name));
+    }
+    [[nodiscard]] SECSItemPtr Item(const char* name) const {
+        return Item(std::string_view(name == nullptr ? "" : name));
+    }
 
     /// Number of children of a list; 0 for any other format.
     [[nodiscard]] std::int32_t ItemCount() const noexcept;
@@ -181,5 +185,8 @@ private:
     std::uint8_t nlb_ = 0;
     bool childrenNumbered_ = true;  // Child k carries the index k, for every k.
 };
+
+template <>
+[[nodiscard]] std::shared_ptr<SECSItem> New<SECSItem>();
 
 }  // namespace hexmire

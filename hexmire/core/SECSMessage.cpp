@@ -32,6 +32,11 @@ SECSMessage::SECSMessage(PassKey /*key*/, SiteRef site) : site_(std::move(site))
 
 SECSMessage::~SECSMessage() { detail::SECSItemAccess::TearDown(*root_); }
 
+template <>
+std::shared_ptr<SECSMessage> New<SECSMessage>() {
+    return detail::ObjectMaker::MakeForHost<SECSMessage>("SECSMessage");
+}
+
 void SECSMessage::Stream(std::int32_t value) {
     if (value >= 0 && value <= kLargestStream) {
         stream_ = value;
@@ -88,6 +93,12 @@ SECSItemPtr SECSMessage::Item(const Variant& value) const {
     return found;
 }
 
+SECSItemPtr SECSMessage::Item(std::string_view name) const {
+    SECSItemPtr found;
+    RunRoutine(site_, Routine("Get Item"), [&] { found = FindItem(Variant(name)); });
+    return found;
+}
+
 SECSItemPtr SECSMessage::FindItem(const Variant& value) const {
     const auto fail = [this](std::int32_t code) {
         ReportError(site_, Routine("Get Item"), code);
@@ -106,7 +117,7 @@ SECSItemPtr SECSMessage::FindItem(const Variant& value) const {
     if (kind != VariantKind::String || TrimBlanks(value.Text()).empty()) return fail(1008);
     const auto found =
         std::find_if(children->begin(), children->end(), [&](const SECSItemPtr& child) {
-            return EqualsIgnoringCase(child->Name(), value.Text());
+            return EqualsIgnoringCase(detail::SECSItemAccess::Name(*child), value.Text());
         });
     return found == children->end() ? fail(1009) : *found;
 }

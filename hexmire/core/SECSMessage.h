@@ -55,9 +55,13 @@ public:
     [[nodiscard]] SECSItemPtr Item(T position) const {
         return Item(PositionVariant(position));
     }
-    [[nodiscard]] SECSItemPtr Item(const char* name) const { return Item(Variant(name)); }
-    [[nodiscard]] SECSItemPtr Item(const std::string& name) const { return Item(Variant(name)); }
-    [[nodiscard]] SECSItemPtr Item(std::string_view name) const { return Item(Variant(name)); }
+    [[nodiscard]] SECSItemPtr Item(std::string_view name) const;
+    [[nodiscard]] SECSItemPtr Item(const std::string& name) const {
+        return Item(std::string_view(name));
+    }
+    [[nodiscard]] SECSItemPtr Item(const char* name) const {
+        return Item(std::string_view(name == nullptr ? "" : name));
+    }
 
     /// Function number, [0..255]; error 1014 outside. 1 at first.
     [[nodiscard]] std::int32_t Func() const noexcept { return func_; }
@@ -86,5 +90,8 @@ private:
 };
 
 using SECSMessagePtr = std::shared_ptr<SECSMessage>;
+
+template <>
+[[nodiscard]] std::shared_ptr<SECSMessage> New<SECSMessage>();
 
 }  // namespace hexmire

@@ -3,7 +3,7 @@
 #include <hexmire/core/detail/SmlScanner.h>
 #include <hexmire/core/detail/SmlValues.h>
 #include <hexmire/sml.h>
-#include <hexmire/support/PassKey.h>
+#include <hexmire/support/detail/ObjectMaker.h>
 
 #include <new>
 #include <optional>
@@ -38,7 +38,7 @@ public:
         const SmlHeader header = ReadSmlHeader(scanner_);
         layout_.Begin(start, header.Text());
 
-        SECSMessagePtr message = New<SECSMessage>();
+        SECSMessagePtr message = ObjectMaker::Make<SECSMessage>(SiteRef());
         message->Stream(header.Stream);
         message->Func(header.Function);
         scanner_.SkipBlanks();

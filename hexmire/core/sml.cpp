@@ -14,8 +14,9 @@ std::vector<std::uint8_t> EncodeBody(SECSMessage& message) {
 }
 
 DecodedBody DecodeBody(std::span<const std::uint8_t> bytes) {
-    DecodedBody decoded{New<SECSMessage>(), true};
-    if (!bytes.empty()) decoded.Ok = detail::SECSMessageAccess::Decode(*decoded.Message, bytes);
+    DecodedBody decoded{New<SECSMessage>(), false};
+    if (decoded.Message == nullptr) return decoded;
+    decoded.Ok = bytes.empty() || detail::SECSMessageAccess::Decode(*decoded.Message, bytes);
     return decoded;
 }
 

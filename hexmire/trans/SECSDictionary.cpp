@@ -6,6 +6,7 @@
 #include <hexmire/trans/detail/SECSTransAccess.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace hexmire {
 
@@ -19,6 +20,11 @@ SECSDictionary::SECSDictionary(PassKey /*key*/, SiteRef site)
     : items_(std::make_shared<Entries>()), site_(std::move(site)) {}
 
 SECSDictionary::~SECSDictionary() = default;
+
+template <>
+std::shared_ptr<SECSDictionary> New<SECSDictionary>() {
+    return detail::ObjectMaker::MakeForHost<SECSDictionary>("SECSDictionary");
+}
 
 SnapshotIterator<hexmire::SECSTrans> SECSDictionary::begin() const {
     return SnapshotIterator<hexmire::SECSTrans>(items_);
@@ -44,6 +50,12 @@ SECSTransPtr SECSDictionary::SECSTrans(const Variant& value) const {
     return found;
 }
 
+SECSTransPtr SECSDictionary::SECSTrans(std::string_view name) const {
+    SECSTransPtr found;
+    RunRoutine(site_, Routine("Get SECSTrans"), [&] { found = FindTrans(Variant(name)); });
+    return found;
+}
+
 SECSTransPtr SECSDictionary::FindTrans(const Variant& value) const {
     const auto fail = [this](std::int32_t code) {
         ReportError(site_, Routine("Get SECSTrans"), code);
@@ -55,7 +67,7 @@ SECSTransPtr SECSDictionary::FindTrans(const Variant& value) const {
             if (value.Text().empty()) return nullptr;
             const auto found =
                 std::find_if(items_->begin(), items_->end(), [&](const SECSTransPtr& entry) {
-                    return entry->Name() == value.Text();
+                    return detail::SECSTransAccess::Name(*entry) == value.Text();
                 });
             return found == items_->end() ? fail(1025) : *found;
         }
@@ -122,11 +134,10 @@ void SECSDictionaryAccess::TearDown(SECSDictionary& dictionary) noexcept {
     RunRoutine(dictionary.site_, Routine("TearDown"), [&] {
         if (dictionary.items_.use_count() > 1) {
             dictionary.items_ = std::make_shared<SECSDictionary::Entries>();
-            return;
+        } else {
+            // No request for memory; the last entries end when the dictionary is empty already.
+            const auto released = std::exchange(*dictionary.items_, {});
         }
-        // What ends with the entries finds the collection empty.
-        SECSDictionary::Entries released;
-        released.swap(*dictionary.items_);
     });
 }
 

@@ -40,14 +40,12 @@ public:
     [[nodiscard]] std::shared_ptr<hexmire::SECSTrans> SECSTrans(T position) const {
         return SECSTrans(PositionVariant(position));
     }
-    [[nodiscard]] std::shared_ptr<hexmire::SECSTrans> SECSTrans(const char* name) const {
-        return SECSTrans(Variant(name));
-    }
+    [[nodiscard]] std::shared_ptr<hexmire::SECSTrans> SECSTrans(std::string_view name) const;
     [[nodiscard]] std::shared_ptr<hexmire::SECSTrans> SECSTrans(const std::string& name) const {
-        return SECSTrans(Variant(name));
+        return SECSTrans(std::string_view(name));
     }
-    [[nodiscard]] std::shared_ptr<hexmire::SECSTrans> SECSTrans(std::string_view name) const {
-        return SECSTrans(Variant(name));
+    [[nodiscard]] std::shared_ptr<hexmire::SECSTrans> SECSTrans(const char* name) const {
+        return SECSTrans(std::string_view(name == nullptr ? "" : name));
     }
 
     [[nodiscard]] std::int32_t TransCount() const noexcept;
@@ -72,5 +70,8 @@ private:
 };
 
 using SECSDictionaryPtr = std::shared_ptr<SECSDictionary>;
+
+template <>
+[[nodiscard]] std::shared_ptr<SECSDictionary> New<SECSDictionary>();
 
 }  // namespace hexmire

@@ -35,6 +35,11 @@ SECSTrans::SECSTrans(PassKey /*key*/, SiteRef site) : site_(std::move(site)) {
 
 SECSTrans::~SECSTrans() = default;
 
+template <>
+std::shared_ptr<SECSTrans> New<SECSTrans>() {
+    return detail::ObjectMaker::MakeForHost<SECSTrans>("SECSTrans");
+}
+
 void SECSTrans::ActionOnError(Variant value) noexcept { actionOnError_ = std::move(value); }
 
 void SECSTrans::ActionOnSuccess(Variant value) noexcept { actionOnSuccess_ = std::move(value); }

@@ -106,4 +106,7 @@ private:
 
 using SECSTransPtr = std::shared_ptr<SECSTrans>;
 
+template <>
+[[nodiscard]] std::shared_ptr<SECSTrans> New<SECSTrans>();
+
 }  // namespace hexmire

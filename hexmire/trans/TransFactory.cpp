@@ -23,9 +23,10 @@ void CreateNewTrans(const SECSTransPtr& target, const SECSTransPtr& source) {
         if (!source->ActionOnSuccess().IsEmpty())
             target->ActionOnSuccess(source->ActionOnSuccess());
         target->AutoSystemBytes(source->AutoSystemBytes());
-        if (!source->Description().empty()) target->Description(source->Description());
+        if (!Access::Description(*source).empty())
+            target->Description(Access::Description(*source));
         target->DeviceID(detail::RequireTransSite(scope).DeviceID());
-        target->Name(source->Name());
+        target->Name(Access::Name(*source));
         target->ReplyExpected(source->ReplyExpected());
         Access::SystemBytes(*target, source->SystemBytes());
         if (!source->Tag().IsEmpty()) target->Tag(source->Tag());

@@ -6,21 +6,24 @@
 #include <hexmire/sml.h>
 #include <hexmire/support/ModErrorMsg.h>
 
+#include "../fakes/ErrorRecorder.h"
 #include "../fakes/FailingMemory.h"
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace hexmire {
 namespace {
 
-using fakes::requestsLeft;
+using fakes::ErrorRecorder;
+using fakes::FailsRequest;
 
 const std::string kLongText(200, 'x');
 
-class OutOfMemory : public fakes::FailingMemory {
+class OutOfMemory : public testing::Test {
 protected:
     OutOfMemory() {
         Subject->Root()->AddNew(1)->Name(kLongText + "a");
@@ -34,6 +37,13 @@ protected:
         }
     }
 
+    void FailEverywhere(const std::function<void()>& operation,
+                        const std::function<void()>& check,
+                        const std::vector<std::string>& prefixes) {
+        fakes::FailEverywhere(Site.Errors, operation, check, prefixes);
+    }
+
+    ErrorRecorder Site;
     SECSMessagePtr Subject = New<SECSMessage>();
     SECSItemPtr List;
 };
@@ -92,6 +102,55 @@ TEST_F(OutOfMemory, TextsOfAnItem) {
     FailEverywhere([&] { read = child->Description(); }, [] {}, {"(SECSItem-Get Description) "});
 }
 
+TEST_F(OutOfMemory, AnItemThatAHostMakesIsThereOrNot) {
+    SECSItemPtr made;
+    FailEverywhere([&] { made = New<SECSItem>(); },
+                   [&] { EXPECT_EQ(made == nullptr, !Site.Errors.empty()); },
+                   {"(SECSItem-Class_Initialize) "});
+    EXPECT_EQ(made->Format(), FormatVar);
+}
+
+TEST_F(OutOfMemory, AMessageThatAHostMakesIsThereOrNot) {
+    SECSMessagePtr made;
+    const auto making = [&] { made = New<SECSMessage>(); };
+    const auto check = [&] {
+        if (made == nullptr) return;
+        ASSERT_NE(made->Root(), nullptr);
+        EXPECT_EQ(made->Root()->Format(), FormatList);
+        EXPECT_EQ(made->Root()->Name(), Site.Errors.empty() ? "Root" : "");
+    };
+    // The name of the root is a routine of its own.
+    FailEverywhere(making, check, {"(SECSMessage-Class_Initialize) ", "(SECSItem-Let Name) "});
+    EXPECT_NE(made, nullptr);
+}
+
+TEST_F(OutOfMemory, ABodyThatIsDecodedHasItsMessageOrNot) {
+    const std::vector<std::uint8_t> body{0x41, 0x01, 'x'};
+    for (long request = 1;; ++request) {
+        ASSERT_LT(request, 1000);
+        DecodedBody decoded;
+        Site.Errors.clear();
+        if (!FailsRequest(request, [&] { decoded = DecodeBody(body); })) break;
+        EXPECT_GE(Site.Errors.size(), 1U);
+        EXPECT_TRUE(decoded.Message != nullptr || !decoded.Ok);
+    }
+}
+
+TEST_F(OutOfMemory, LookupByALongName) {
+    const SECSItemPtr wanted = List->Item(3);
+    const std::string name = kLongText + "3";
+    SECSItemPtr found;
+    const auto check = [&] { EXPECT_EQ(found, Site.Errors.empty() ? wanted : nullptr); };
+    const std::vector<std::string> own{"(SECSItem-Get Item) "};
+    FailEverywhere([&] { found = List->Item(name); }, check, own);
+    FailEverywhere([&] { found = List->Item(name.c_str()); }, check, own);
+    FailEverywhere([&] { found = List->Item(std::string_view(name)); }, check, own);
+    const std::string listName = kLongText + "A";  // In another letter case.
+    FailEverywhere([&] { found = Subject->Item(listName); },
+                   [&] { EXPECT_EQ(found, Site.Errors.empty() ? List : nullptr); },
+                   {"(SECSMessage-Get Item) "});
+}
+
 TEST_F(OutOfMemory, TextsOfAMessage) {
     FailEverywhere([&] { Subject->Name(kLongText); }, [] {}, {"(SECSMessage-Let Name) "});
     FailEverywhere(
@@ -106,10 +165,7 @@ TEST_F(OutOfMemory, DuplicateLeavesTheListInOrder) {
     for (long request = 1;; ++request) {
         ASSERT_LT(request, 1000);
         Site.Errors.clear();
-        requestsLeft = request;
-        static_cast<void>(List->Duplicate());
-        const bool reached = requestsLeft == 0;
-        requestsLeft = 0;
+        const bool reached = FailsRequest(request, [&] { static_cast<void>(List->Duplicate()); });
         std::int32_t index = 0;
         for (const SECSItemPtr& child : *Subject->Root())
             ASSERT_EQ(child->ItemIndex(), ++index);
@@ -162,10 +218,10 @@ TEST_F(OutOfMemory, ParseReportsItAndKeepsWhatItHas) {
         ASSERT_LT(request, 1000);
         const SECSMessagePtr message = New<SECSMessage>();
         Site.Errors.clear();
-        requestsLeft = request;
-        EXPECT_TRUE(detail::SECSMessageAccess::Parse(*message, body));
-        const bool reached = requestsLeft == 0;
-        requestsLeft = 0;
+        bool parsed = false;
+        const bool reached = FailsRequest(
+            request, [&] { parsed = detail::SECSMessageAccess::Parse(*message, body); });
+        EXPECT_TRUE(parsed);
         EXPECT_LE(message->Root()->ItemCount(), 1);
         if (!reached) break;
         ASSERT_GE(Site.Errors.size(), 1U) << request;
@@ -242,11 +298,11 @@ TEST_F(OutOfMemory, TextOfAnErrorIsEmpty) {
 TEST_F(OutOfMemory, RejectedValueStaysOutWhateverBecomesOfTheReport) {
     for (long request = 1; request < 30; ++request) {
         Site.Errors.clear();
-        requestsLeft = request;
-        List->Format(7);
-        List->NLB(9);
-        Subject->Stream(128);
-        requestsLeft = 0;
+        FailsRequest(request, [&] {
+            List->Format(7);
+            List->NLB(9);
+            Subject->Stream(128);
+        });
         EXPECT_EQ(List->Format(), FormatList);
         EXPECT_EQ(List->NLB(), 0);
         EXPECT_EQ(Subject->Stream(), 0);
@@ -264,9 +320,7 @@ TEST_F(OutOfMemory, TearDownEmptiesTheTreeAllTheSame) {
             inner->Format(FormatList);
             static_cast<void>(inner->AddNew(1));
         }
-        requestsLeft = request;
-        detail::SECSItemAccess::TearDown(*root);
-        requestsLeft = 0;
+        FailsRequest(request, [&] { detail::SECSItemAccess::TearDown(*root); });
         EXPECT_EQ(root->ItemCount(), 0);
     }
 }

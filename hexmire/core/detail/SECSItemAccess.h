@@ -28,6 +28,10 @@ public:
     /// Replaces the children.
     static void AllItems(SECSItem& item, const ChildList& children);
     static void TearDown(SECSItem& item) noexcept { item.TearDown(); }
+    /// The name in place: no copy, so no request for memory.
+    static std::string_view Name(const SECSItem& item) noexcept {
+        return item.texts_ == nullptr ? std::string_view() : item.texts_->Name;
+    }
     static const Variant& Value(const SECSItem& item) noexcept { return item.value_; }
     static const Variant& Raw(const SECSItem& item) noexcept { return item.raw_; }
 };

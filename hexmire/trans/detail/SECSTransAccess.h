@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 namespace hexmire::detail {
 
@@ -36,6 +37,12 @@ public:
     /// and deletes the transaction.
     static std::int32_t T3Counter(const SECSTrans& trans) noexcept { return trans.t3Counter_; }
     static void T3Counter(SECSTrans& trans, std::int32_t value);
+
+    /// The texts in place: no copy, so no request for memory.
+    static const std::string& Name(const SECSTrans& trans) noexcept { return trans.name_; }
+    static const std::string& Description(const SECSTrans& trans) noexcept {
+        return trans.description_;
+    }
 
     static const SiteRef& Site(const SECSTrans& trans) noexcept { return trans.site_; }
 };
