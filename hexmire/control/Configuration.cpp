@@ -119,7 +119,9 @@ void Hexmire::InterleaveCheck(bool value) {
         });
 }
 
-std::string Hexmire::LocalIPAddress() const { return control_->Settings().LocalIPAddress; }
+std::string Hexmire::LocalIPAddress() const {
+    return control_->Text("Get LocalIPAddress", &Settings::LocalIPAddress);
+}
 
 void Hexmire::LocalIPAddress(const std::string& value) {
     control_->Assign(
@@ -146,7 +148,9 @@ void Hexmire::TraceEnabled(bool value) {
         });
 }
 
-std::string Hexmire::RemoteIPAddress() const { return control_->Settings().RemoteIPAddress; }
+std::string Hexmire::RemoteIPAddress() const {
+    return control_->Text("Get RemoteIPAddress", &Settings::RemoteIPAddress);
+}
 
 void Hexmire::RemoteIPAddress(const std::string& value) {
     control_->Assign(
@@ -164,7 +168,9 @@ void Hexmire::RemoteIPPort(std::int32_t value) {
         });
 }
 
-std::string Hexmire::SECSDictionaryFile() const { return control_->Settings().SECSDictionaryFile; }
+std::string Hexmire::SECSDictionaryFile() const {
+    return control_->Text("Get SECSDictionaryFile", &Settings::SECSDictionaryFile);
+}
 
 void Hexmire::SECSDictionaryFile(const std::string& value) {
     control_->Assign("Let SECSDictionaryFile", true, 0, nullptr, true, [&](Settings& settings) {
@@ -172,11 +178,15 @@ void Hexmire::SECSDictionaryFile(const std::string& value) {
     });
 }
 
-std::string Hexmire::SECSLogFile() const { return control_->Settings().SECSLogFile; }
+std::string Hexmire::SECSLogFile() const {
+    return control_->Text("Get SECSLogFile", &Settings::SECSLogFile);
+}
 
 void Hexmire::SECSLogFile(const std::string& value) { control_->SECSLogFile(value); }
 
-std::string Hexmire::SerialPort() const { return control_->Settings().SerialPort; }
+std::string Hexmire::SerialPort() const {
+    return control_->Text("Get SerialPort", &Settings::SerialPort);
+}
 
 void Hexmire::SerialPort(const std::string& value) {
     control_->Assign("Let SerialPort", true, 0, Pushes::SerialPort, true, [&](Settings& settings) {
@@ -303,7 +313,9 @@ void Hexmire::RecipeFileEnabled(bool value) {
                      [&](Settings& settings) { settings.RecipeFileEnabled = value; });
 }
 
-std::string Hexmire::RecipeSendPath() const { return control_->Settings().RecipeSendPath; }
+std::string Hexmire::RecipeSendPath() const {
+    return control_->Text("Get RecipeSendPath", &Settings::RecipeSendPath);
+}
 
 void Hexmire::RecipeSendPath(const std::string& value) {
     control_->Assign(
@@ -312,7 +324,9 @@ void Hexmire::RecipeSendPath(const std::string& value) {
         });
 }
 
-std::string Hexmire::RecipeRecvPath() const { return control_->Settings().RecipeRecvPath; }
+std::string Hexmire::RecipeRecvPath() const {
+    return control_->Text("Get RecipeRecvPath", &Settings::RecipeRecvPath);
+}
 
 void Hexmire::RecipeRecvPath(const std::string& value) {
     control_->Assign(
@@ -321,7 +335,9 @@ void Hexmire::RecipeRecvPath(const std::string& value) {
         });
 }
 
-std::string Hexmire::SECSILogPath() const { return control_->Settings().SECSILogPath; }
+std::string Hexmire::SECSILogPath() const {
+    return control_->Text("Get SECSILogPath", &Settings::SECSILogPath);
+}
 
 void Hexmire::SECSILogPath(const std::string& value) {
     control_->Assign(

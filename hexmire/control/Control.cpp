@@ -64,6 +64,12 @@ bool Control::InitTimer() {
     return started;
 }
 
+std::string Control::Text(const char* routine, std::string ControlSettings::*setting) noexcept {
+    std::string text;
+    RunOwn(routine, [&] { text = settings_.*setting; });
+    return text;
+}
+
 void Control::SECSLogFile(const std::string& value) {
     Assign("Let SECSLogFile", true, 0, nullptr, true, [&](ControlSettings& settings) {
         settings.SECSLogFile = value;
@@ -120,12 +126,14 @@ void Control::RaiseOwnError(const char* routine,
 }
 
 void Control::ReportOwnFault(const char* routine) noexcept {
+    auto number = static_cast<std::int32_t>(FaultNumber::OutOfMemory);
     try {
         const Fault fault = CurrentFault();
-        RaiseError(fault.Number(), ContextPrefix({"Hexmire", routine}) + fault.Description(), 0);
+        number = fault.Number();
+        RaiseError(number, ContextPrefix({"Hexmire", routine}) + fault.Description(), 0);
     } catch (...) {
-        // The handler of the report failed as well: nobody is left to tell but the code.
-        errorCode_ = CurrentFault().Number();
+        // The report failed as well: the host is left with the code.
+        errorCode_ = number;
     }
 }
 

@@ -48,8 +48,14 @@ SECSTransPtr Hexmire::NewSECSTransaction(const Variant& value) {
     return control_->NewSECSTransaction(value);
 }
 
+SECSTransPtr Hexmire::NewSECSTransaction(std::string_view name) {
+    return control_->NewSECSTransaction(name);
+}
+
 void Hexmire::InitProperties() {
     if (!control_->InitTimer()) return;
+    // The texts as they are held: a getter that fails must not become the setting.
+    const detail::ControlSettings& held = control_->Settings();
     BaudRate(BaudRate());
     ConnectionHost(ConnectionHost());
     ConnectionPortType(ConnectionPortType());
@@ -58,14 +64,14 @@ void Hexmire::InitProperties() {
     DuplicateBlockCheck(DuplicateBlockCheck());
     HSMSConnectionType(HSMSConnectionType());
     InterleaveCheck(InterleaveCheck());
-    LocalIPAddress(LocalIPAddress());
+    LocalIPAddress(held.LocalIPAddress);
     LocalIPPort(LocalIPPort());
     TraceEnabled(TraceEnabled());
-    RemoteIPAddress(RemoteIPAddress());
+    RemoteIPAddress(held.RemoteIPAddress);
     RemoteIPPort(RemoteIPPort());
-    SECSDictionaryFile(SECSDictionaryFile());
-    SECSLogFile(SECSLogFile());
-    SerialPort(SerialPort());
+    SECSDictionaryFile(held.SECSDictionaryFile);
+    SECSLogFile(held.SECSLogFile);
+    SerialPort(held.SerialPort);
     SystemBytesCheck(SystemBytesCheck());
     T1Timeout(T1Timeout());
     T2Timeout(T2Timeout());
@@ -77,9 +83,9 @@ void Hexmire::InitProperties() {
     T8Timeout(T8Timeout());
     TimeOutRetry(TimeOutRetry());
     RecipeFileEnabled(RecipeFileEnabled());
-    RecipeSendPath(RecipeSendPath());
-    RecipeRecvPath(RecipeRecvPath());
-    SECSILogPath(SECSILogPath());
+    RecipeSendPath(held.RecipeSendPath);
+    RecipeRecvPath(held.RecipeRecvPath);
+    SECSILogPath(held.SECSILogPath);
 }
 
 std::int32_t Hexmire::Width() const noexcept { return kFaceSize; }

@@ -162,14 +162,12 @@ public:
     [[nodiscard]] SECSTransPtr NewSECSTransaction(T position) {
         return NewSECSTransaction(PositionVariant(position));
     }
-    [[nodiscard]] SECSTransPtr NewSECSTransaction(const char* name) {
-        return NewSECSTransaction(Variant(name));
-    }
+    [[nodiscard]] SECSTransPtr NewSECSTransaction(std::string_view name);
     [[nodiscard]] SECSTransPtr NewSECSTransaction(const std::string& name) {
-        return NewSECSTransaction(Variant(name));
+        return NewSECSTransaction(std::string_view(name));
     }
-    [[nodiscard]] SECSTransPtr NewSECSTransaction(std::string_view name) {
-        return NewSECSTransaction(Variant(name));
+    [[nodiscard]] SECSTransPtr NewSECSTransaction(const char* name) {
+        return NewSECSTransaction(std::string_view(name == nullptr ? "" : name));
     }
 
     // --- Placement on a form -------------------------------------------------------------------

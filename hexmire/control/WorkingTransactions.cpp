@@ -4,6 +4,7 @@
 #include <hexmire/support/detail/ObjectMaker.h>
 #include <hexmire/trans/TransFactory.h>
 #include <hexmire/trans/detail/SECSDictionaryAccess.h>
+#include <hexmire/trans/detail/SECSTransAccess.h>
 
 /// Working transactions: empty ones and copies of templates.
 namespace hexmire::detail {
@@ -45,6 +46,12 @@ SECSTransPtr Control::NewSECSTransaction(const Variant& value) {
     return result;
 }
 
+SECSTransPtr Control::NewSECSTransaction(std::string_view name) {
+    SECSTransPtr result;
+    RunOwn(kNewTransaction, [&] { result = NewSECSTransaction(Variant(name)); });
+    return result;
+}
+
 SECSTransPtr Control::TemplateByIndex(std::int32_t index) {
     if (index < 1) {
         RaiseOwnError(kNewTransaction, 1022);
@@ -59,7 +66,7 @@ SECSTransPtr Control::TemplateByIndex(std::int32_t index) {
 
 SECSTransPtr Control::TemplateByName(std::string_view name) {
     for (const SECSTransPtr& entry : *SECSDictionaryAccess::AllItems(*dictionary_)) {
-        if (EqualsIgnoringCase(entry->Name(), name)) return entry;
+        if (EqualsIgnoringCase(SECSTransAccess::Name(*entry), name)) return entry;
     }
     RaiseOwnError(kNewTransaction, 1025);
     return nullptr;

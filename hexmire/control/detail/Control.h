@@ -30,6 +30,9 @@ public:
     HexmireEvents& Events() noexcept { return events_; }
     [[nodiscard]] const ControlSettings& Settings() const noexcept { return settings_; }
 
+    /// One getter of a text.
+    [[nodiscard]] std::string Text(const char* routine,
+                                   std::string ControlSettings::*setting) noexcept;
     /// One setter: refuses with the code, or stores, pushes (nullptr: nothing to push) and
     /// notifies. The routine is named "Let " and the property. After the teardown nothing is taken.
     template <class Store>
@@ -72,6 +75,7 @@ public:
     void LoadXMLDictionary();
     [[nodiscard]] SECSTransPtr NewSECSTransaction();
     [[nodiscard]] SECSTransPtr NewSECSTransaction(const Variant& value);
+    [[nodiscard]] SECSTransPtr NewSECSTransaction(std::string_view name);
     void SendS9F7(std::int32_t stream, std::int32_t function, std::int32_t systemBytes);
 
     // ITransSite
