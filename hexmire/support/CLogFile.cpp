@@ -2,6 +2,7 @@
 #include <hexmire/support/Reporting.h>
 #include <hexmire/support/Text.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <stdexcept>
@@ -91,7 +92,9 @@ void CLogFile::DeleteBackup(const std::string& folder) {
         const std::string stem = Stem();
         const std::size_t cut = stem.find_last_of(kSeparators);
         const bool hasFolder = cut != std::string::npos;
-        const std::string listed = hasFolder ? stem.substr(0, cut) : "";
+        // The root is all separator.
+        const std::size_t folderSize = std::max<std::size_t>(cut, 1);
+        const std::string listed = hasFolder ? stem.substr(0, folderSize) : "";
         const std::string prefix = hasFolder ? stem.substr(cut + 1) : stem;
         const auto today = std::chrono::sys_days{clock_.Now().Date};
         for (const std::string& name : files_.ListFiles(listed, prefix, ".log")) {

@@ -35,8 +35,8 @@ public:
         Directories.insert(path);
         return true;
     }
-    /// Files whose path is folder, one separator, and a matching name, in the order of Listing when
-    /// that is filled, else sorted. An empty folder lists the paths without separator.
+    /// Files whose path is folder, one separator, and a matching name, sorted. An empty folder
+    /// lists the paths without separator.
     std::vector<std::string> ListFiles(const std::string& folder,
                                        const std::string& prefix,
                                        const std::string& suffix) override {
@@ -44,7 +44,8 @@ public:
         std::vector<std::string> names;
         for (const auto& [path, file] : Files) {
             const auto cut = path.find_last_of("\\/");
-            const std::string head = cut == std::string::npos ? "" : path.substr(0, cut);
+            std::string head = cut == std::string::npos ? "" : path.substr(0, cut);
+            if (cut == 0) head = path.substr(0, 1);  // The root is all separator.
             const std::string name = cut == std::string::npos ? path : path.substr(cut + 1);
             if (head == folder && name.size() >= prefix.size() + suffix.size() &&
                 name.starts_with(prefix) && name.ends_with(suffix)) {

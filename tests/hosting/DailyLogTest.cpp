@@ -122,5 +122,57 @@ TEST_F(DailyLogTest, full_disk_is_passed_over_in_silence) {
               "2024/03/06 14:07:09.42 kept\r\n");
 }
 
+TEST_F(DailyLogTest, folder_named_like_a_log_file_does_not_end_the_sweep) {
+    log_.FileName(folder_.Path() + "\\Log\\SECSII.log");
+    std::filesystem::create_directories(folder_ / "Log/SECSII_0.log");
+    const std::string first = Old("SECSII_1.log", 400);
+    const std::string last = Old("SECSII_2.log", 400);
+    clock_.Advance(24h);
+    log_.WriteLog("x");
+    EXPECT_TRUE(std::filesystem::exists(folder_ / "Log/SECSII_0.log"));
+    EXPECT_FALSE(std::filesystem::exists(first));
+    EXPECT_FALSE(std::filesystem::exists(last));
+}
+
+TEST_F(DailyLogTest, name_without_folder_follows_the_current_directory_and_sweeps_nothing) {
+    const auto before = std::filesystem::current_path();
+    std::filesystem::create_directory(folder_ / "Log");
+    std::filesystem::create_directory(folder_ / "Other");
+    log_.FileName("SECSII.log");
+    std::filesystem::current_path(folder_ / "Log");
+    const std::string kept = Old("SECSII_old.log", 400);
+    log_.WriteLog("one");
+    std::filesystem::current_path(folder_ / "Other");
+    clock_.Advance(24h);
+    log_.WriteLog("two");
+    std::filesystem::current_path(before);
+    EXPECT_EQ(TempFolder::Read(Path("SECSII_2024-03-05.log")), "2024/03/05 14:07:09.42 one\r\n");
+    EXPECT_EQ(TempFolder::Read(folder_ / "Other/SECSII_2024-03-06.log"),
+              "2024/03/06 14:07:09.42 two\r\n");
+    EXPECT_TRUE(std::filesystem::exists(kept));
+}
+
+TEST_F(DailyLogTest, either_separator_ends_the_folder) {
+    std::filesystem::create_directory(folder_ / "a");
+    log_.FileName(folder_.Path() + "\\a/x.log");
+    log_.WriteLog("one");
+    log_.FileName(folder_.Path() + "/a\\x.log");
+    log_.WriteLog("two");
+    EXPECT_EQ(TempFolder::Read(folder_ / "a/x_2024-03-05.log"),
+              "2024/03/05 14:07:09.42 one\r\n2024/03/05 14:07:09.42 two\r\n");
+}
+
+TEST_F(DailyLogTest, line_that_is_cut_by_a_full_disk_loses_nothing_of_the_next_day) {
+    std::filesystem::create_symlink("/dev/full", folder_ / "SECSII_2024-03-05.log");
+    std::filesystem::create_symlink("/dev/full", folder_ / "SECSII_2024-03-07.log");
+    log_.FileName(folder_ / "SECSII.log");
+    for (int day = 0; day < 4; ++day) {
+        log_.WriteLog("x");
+        clock_.Advance(24h);
+    }
+    EXPECT_EQ(TempFolder::Read(folder_ / "SECSII_2024-03-06.log"), "2024/03/06 14:07:09.42 x\r\n");
+    EXPECT_EQ(TempFolder::Read(folder_ / "SECSII_2024-03-08.log"), "2024/03/08 14:07:09.42 x\r\n");
+}
+
 }  // namespace
 }  // namespace hexmire

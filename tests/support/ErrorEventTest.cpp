@@ -7,9 +7,6 @@
 
 #include <cstdint>
 #include <limits>
-#include <memory>
-#include <new>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -99,33 +96,6 @@ TEST(ErrorEvent, CodeZeroIsStoredToo) {
     EXPECT_EQ(host.Control().ErrorCode(), 0);
 }
 
-TEST(ErrorEvent, InsideTheHandlerTheOldCodeStillReads) {
-    TestHost host;
-    host.Control().BaudRate(1);
-    std::vector<std::int32_t> codes;
-    host.Control().Events().Error = [&](std::int32_t, const std::string&, std::int32_t) {
-        codes.push_back(host.Control().ErrorCode());
-    };
-    host.Control().DeviceID(-1);
-    HexmireAccess::TriggerError(host.Control(), 5, "", 0);
-    New<SECSItem>()->NLB(9);
-    EXPECT_EQ(codes, (std::vector<std::int32_t>{1046, 1047, 5}));
-    EXPECT_EQ(host.Control().ErrorCode(), 1003);
-}
-
-TEST(ErrorEvent, ErrorInsideAHandlerIsRaisedAtOnceAndTheOuterCodeRemains) {
-    TestHost host;
-    std::vector<std::int32_t> codes;
-    host.Control().Events().Error = [&](std::int32_t code, const std::string&, std::int32_t) {
-        codes.push_back(code);
-        if (code == 1047) host.Control().BaudRate(1);
-        codes.push_back(-code);
-    };
-    host.Control().DeviceID(-1);
-    EXPECT_EQ(codes, (std::vector<std::int32_t>{1047, 1046, -1046, -1047}));
-    EXPECT_EQ(host.Control().ErrorCode(), 1047);
-}
-
 TEST(ErrorEvent, HandlerRunsBeforeTheReportingRoutineReturns) {
     TestHost host;
     bool inside = false;
@@ -143,84 +113,6 @@ TEST(ErrorEvent, WithoutHandlerOnlyTheCodeIsKept) {
     EXPECT_EQ(host.Control().ErrorCode(), 1047);
     HexmireAccess::TriggerError(host.Control(), 6, "", 0);
     EXPECT_EQ(host.Control().ErrorCode(), 6);
-}
-
-TEST(ErrorEvent, HandlerThatThrowsIsTriggerErrorsOwnFault) {
-    TestHost host;
-    Events events;
-    host.Control().Events().Error =
-        [&](std::int32_t code, const std::string& text, std::int32_t line) {
-            events.push_back({code, text, line});
-            if (events.size() == 1) throw std::out_of_range("host");
-        };
-    HexmireAccess::TriggerError(host.Control(), 1003, "first", 7);
-    EXPECT_EQ(
-        events,
-        (Events{{1003, "first", 7}, {9, "(Hexmire-TriggerError) Subscript out of range", 0}}));
-    EXPECT_EQ(host.Control().ErrorCode(), 9);
-}
-
-TEST(ErrorEvent, ForeignExceptionOfAHandlerKeepsItsWords) {
-    TestHost host;
-    Events events;
-    host.Control().Events().Error =
-        [&](std::int32_t code, const std::string& text, std::int32_t line) {
-            events.push_back({code, text, line});
-            if (events.size() == 1) throw std::runtime_error("display is gone");
-        };
-    New<SECSItem>()->NLB(9);
-    ASSERT_EQ(events.size(), 2U);
-    EXPECT_EQ(events[1], (ErrorEvent{440, "(Hexmire-TriggerError) display is gone", 0}));
-    EXPECT_EQ(host.Control().ErrorCode(), 440);
-}
-
-TEST(ErrorEvent, HandlerThatAlwaysThrowsIsCalledTwiceAndNothingEscapes) {
-    TestHost host;
-    int calls = 0;
-    host.Control().Events().Error = [&](std::int32_t, const std::string&, std::int32_t) {
-        ++calls;
-        throw std::bad_alloc();
-    };
-    HexmireAccess::TriggerError(host.Control(), 1003, "first", 0);
-    EXPECT_EQ(calls, 2);
-    EXPECT_EQ(host.Control().ErrorCode(), 7);
-}
-
-TEST(ErrorEvent, HandlerThatThrowsDoesNotStopASetter) {
-    TestHost host;
-    host.Control().Events().Error = [](std::int32_t, const std::string&, std::int32_t) {
-        throw 42;
-    };
-    host.Control().DeviceID(-1);
-    EXPECT_EQ(host.Control().DeviceID(), 0);
-    EXPECT_EQ(host.Control().ErrorCode(), 440);
-    const SECSItemPtr item = New<SECSItem>();
-    item->NLB(9);
-    EXPECT_EQ(item->NLB(), 0);
-}
-
-TEST(ErrorEvent, HandlerMayReplaceItself) {
-    TestHost host;
-    const auto alive = std::make_shared<int>(0);
-    host.Control().Events().Error = [&host, alive](std::int32_t, const std::string&, std::int32_t) {
-        host.Control().Events().Error = nullptr;
-        ++*alive;
-    };
-    host.Control().DeviceID(-1);
-    host.Control().DeviceID(-1);
-    EXPECT_EQ(*alive, 1);
-}
-
-TEST(ErrorEvent, TextHandedToTheHandlerMayBeTheControlsOwn) {
-    TestHost host;
-    std::string kept;
-    host.Control().Events().Error = [&](std::int32_t, const std::string& text, std::int32_t) {
-        host.Control().Events().Error = nullptr;
-        host.Control().BaudRate(1);
-        kept = text;
-    };
-    host.Control().DeviceID(-1);
-    EXPECT_EQ(kept, kDeviceIdRefused.Text);
 }
 
 TEST(ErrorEvent, DriversErrorIsPassedOnWithoutPrefix) {
@@ -314,18 +206,6 @@ TEST(ErrorEventOfSeveralControls, ObjectsOfAnEndedControlAreSilent) {
     EXPECT_TRUE(first.Errors.empty());
     EXPECT_TRUE(second.Errors.empty());
     EXPECT_EQ(trans->Primary()->Stream(), 0);
-}
-
-TEST(ErrorEvent, ControlMayBeTerminatedInsideItsHandler) {
-    TestHost host;
-    int calls = 0;
-    host.Control().Events().Error = [&](std::int32_t, const std::string&, std::int32_t) {
-        if (++calls == 1) host.Control().ControlTerminate();
-    };
-    host.Control().DeviceID(-1);
-    EXPECT_EQ(calls, 1);
-    EXPECT_EQ(host.Control().ErrorCode(), 1047);
-    EXPECT_FALSE(host.Driver.Alive);
 }
 
 TEST(ErrorEvent, TerminatedControlReportsItsOperationsAsAMissingObject) {

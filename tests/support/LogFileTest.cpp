@@ -1,82 +1,16 @@
-#include <hexmire/support/CLogFile.h>
-
-#include "../fakes/FakeClock.h"
-#include "../fakes/MemoryFiles.h"
-#include <gtest/gtest.h>
+#include "LogFixture.h"
 
 #include <chrono>
-#include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
-// Names, lines and folders of the daily log. The clock stands at 2024-03-05 14:07:09.42 at first.
+// Names and lines of the daily log. The clock stands at 2024-03-05 14:07:09.42 at first.
 
 namespace hexmire {
 namespace {
 
 using namespace fakes;
 using namespace std::chrono_literals;
-
-using Texts = std::vector<std::string>;
-
-/// Stands in for a control: keeps the errors.
-class Sink : public IErrorSink {
-public:
-    void TriggerError(std::int32_t errorCode,
-                      const std::string& errorText,
-                      std::int32_t errorLine) override {
-        Errors.push_back(std::to_string(errorCode) + " " + errorText + " " +
-                         std::to_string(errorLine));
-        if (const auto once = std::exchange(OnError, nullptr)) once();
-    }
-
-    Texts Errors;
-    std::function<void()> OnError;
-};
-
-constexpr const char* kNoExtension =
-    "2014 (CLogFile-Let FileName) Log file name must have extension .log. 0";
-
-class LogFile : public testing::Test {
-protected:
-    /// A log with that name; the folder C:\Log exists.
-    explicit LogFile(const std::string& name = "C:\\Log\\SECSII.log") {
-        Files.Directories.insert("C:\\Log");
-        if (!name.empty()) Log.FileName(name);
-    }
-    std::string Content(const std::string& path) { return Files.Files[path].Content; }
-    /// The text of today's file.
-    std::string Today() { return Content("C:\\Log\\SECSII_2024-03-05.log"); }
-    /// Paths of all files.
-    Texts Paths() {
-        Texts paths;
-        for (const auto& [path, file] : Files.Files) {
-            paths.push_back(path);
-        }
-        return paths;
-    }
-    /// The path that a log of this name writes to.
-    Texts Written(const std::string& name) {
-        MemoryFiles files;
-        CLogFile log(files, Clock, Owner.Ref());
-        log.FileName(name);
-        files.Directories = {
-            "C:\\Log", "C:", "\\\\server\\share", "/var/log", "C:\\a/b", "C:/a", "logs"};
-        log.WriteLog("x");
-        Texts paths;
-        for (const auto& [path, file] : files.Files) {
-            paths.push_back(path);
-        }
-        return paths;
-    }
-
-    MemoryFiles Files;
-    FakeClock Clock;
-    Sink Errors;
-    SiteOwner Owner{Errors};
-    CLogFile Log{Files, Clock, Owner.Ref()};
-};
 
 class UnnamedLogFile : public LogFile {
 protected:
@@ -171,6 +105,12 @@ TEST_F(LogFile, TakesTheDateInPlaceOfTheLastFourCharactersOfItsName) {
     EXPECT_EQ(Written("/var/log/x.log"), Texts{"/var/log/x_2024-03-05.log"});
     EXPECT_EQ(Written("C:\\a/b\\x.log"), Texts{"C:\\a/b\\x_2024-03-05.log"});
     EXPECT_EQ(Written("C:/a/x.log"), Texts{"C:/a/x_2024-03-05.log"});
+    EXPECT_EQ(Written("x.logs"), Texts{"x._2024-03-05.log"});
+    EXPECT_EQ(Written("C:\\Log\\a.log.LOG"), Texts{"C:\\Log\\a.log_2024-03-05.log"});
+    // The extension in the folder's name: the last four characters reach into it.
+    EXPECT_EQ(Written("C:\\my.logs\\x"), Texts{"C:\\my.lo_2024-03-05.log"});
+    EXPECT_EQ(Written("C:\\my.log\\ab"), Texts{"C:\\my.lo_2024-03-05.log"});
+    EXPECT_EQ(Written("C:\\my.log\\"), Texts{"C:\\my._2024-03-05.log"});
 }
 
 TEST_F(LogFile, WritesUnderANewNameFromTheNextLineOn) {
@@ -246,13 +186,18 @@ TEST_F(LogFile, RoundsTheHundredthsButNeverCarriesThemIntoTheSeconds) {
     };
     const std::vector<Row> rows = {
         {4ms, "00"},
+        {4999999ns, "00"},
+        {5ms, "01"},
         {6ms, "01"},
         {14999us, "01"},
+        {15ms, "02"},
         {15001us, "02"},
+        {25ms, "03"},
         {424ms, "42"},
         {426ms, "43"},
         {994ms, "99"},
         {994999us, "99"},
+        {995ms, "00"},
         {995001us, "00"},
         {999ms, "00"},
         {999999999ns, "00"},
@@ -294,6 +239,8 @@ TEST_F(LogFile, DatesRunOverMonthsYearsAndLeapDays) {
         {2023, 12, 31, "C:\\Log\\SECSII_2023-12-31.log", "2023/12/31 "},
         {2025, 1, 1, "C:\\Log\\SECSII_2025-01-01.log", "2025/01/01 "},
         {2031, 10, 9, "C:\\Log\\SECSII_2031-10-09.log", "2031/10/09 "},
+        {9999, 12, 31, "C:\\Log\\SECSII_9999-12-31.log", "9999/12/31 "},
+        {100, 1, 1, "C:\\Log\\SECSII_0100-01-01.log", "0100/01/01 "},
     };
     for (const Row& row : rows) {
         Clock.SetDate(row.Year, row.Month, row.Day);
@@ -302,78 +249,36 @@ TEST_F(LogFile, DatesRunOverMonthsYearsAndLeapDays) {
     }
 }
 
-// --- Folders
-// --------------------------------------------------------------------------------------
+// --- One moment
+// -----------------------------------------------------------------------------------
 
-TEST_F(LogFile, CreatesItsFolderWhenItIsMissing) {
-    Files.Directories.clear();
-    Log.WriteLog("x");
-    EXPECT_EQ(Files.Created, Texts{"C:\\Log"});
-    EXPECT_EQ(Today(), "2024/03/05 14:07:09.42 x\r\n");
-    Log.WriteLog("y");
-    EXPECT_EQ(Files.Created.size(), 1U);
-}
+/// A clock on which midnight passes between any two readings.
+class RushingClock : public IClock {
+public:
+    [[nodiscard]] ClockReading Now() const override {
+        const ClockReading now = clock_.Now();
+        clock_.Advance(24h);
+        return now;
+    }
 
-TEST_F(LogFile, CreatesNoFolderThatIsThere) {
-    Log.WriteLog("x");
-    EXPECT_EQ(Files.Created, Texts{});
-}
+private:
+    mutable FakeClock clock_;
+};
 
-TEST_F(LogFile, AsksForTheFolderBeforeTheLastSeparatorOnly) {
-    const auto created = [this](const char* name) {
-        MemoryFiles files;
-        CLogFile log(files, Clock, Owner.Ref());
-        log.FileName(name);
+TEST_F(LogFile, TheFileAndTheStampOfALineAreOfOneMoment) {
+    MemoryFiles files;
+    files.Directories.insert("C:\\Log");
+    const RushingClock clock;
+    CLogFile log(files, clock, Owner.Ref());
+    log.FileName("C:\\Log\\x.log");
+    for (int line = 0; line < 4; ++line)
         log.WriteLog("x");
-        return files.Created;
-    };
-    EXPECT_EQ(created("C:\\a\\b\\x.log"), Texts{"C:\\a\\b"});
-    EXPECT_EQ(created("C:\\x.log"), Texts{"C:"});
-    EXPECT_EQ(created("/var/log/x.log"), Texts{"/var/log"});
-    EXPECT_EQ(created("logs/x.log"), Texts{"logs"});
-    EXPECT_EQ(created("C:\\a/b.log"), Texts{"C:\\a"});
-    EXPECT_EQ(created("C:/a\\b.log"), Texts{"C:/a"});
-    EXPECT_EQ(created("x.log"), Texts{});
-    EXPECT_EQ(created("\\x.log"), Texts{});
-    EXPECT_EQ(created("/x.log"), Texts{});
-}
-
-TEST_F(LogFile, WritesNothingWhenItsFolderCannotBeCreatedAndTriesAgainNextTime) {
-    Files.Directories.clear();
-    Files.FailCreateDirectory = true;
-    Log.WriteLog("lost");
-    Log.WriteLog("lost");
-    EXPECT_EQ(Files.Created, (Texts{"C:\\Log", "C:\\Log"}));
-    EXPECT_EQ(Files.Appends, 0);
-    Files.FailCreateDirectory = false;
-    Log.WriteLog("kept");
-    EXPECT_EQ(Today(), "2024/03/05 14:07:09.42 kept\r\n");
-    EXPECT_EQ(Errors.Errors, Texts{});
-}
-
-TEST_F(LogFile, AFolderThatIsRemovedIsMadeAgain) {
-    Log.WriteLog("x");
-    Files.Directories.clear();
-    Log.WriteLog("y");
-    EXPECT_EQ(Files.Created, Texts{"C:\\Log"});
-}
-
-TEST_F(LogFile, DropsALineThatCannotBeWrittenAndKeepsSilent) {
-    Files.FailAppend = true;
-    Log.WriteLog("lost");
-    Files.FailAppend = false;
-    Log.WriteLog("kept");
-    EXPECT_EQ(Today(), "2024/03/05 14:07:09.42 kept\r\n");
-    EXPECT_EQ(Errors.Errors, Texts{});
-}
-
-TEST_F(LogFile, WithoutAFolderFilesStandInTheCurrentDirectory) {
-    Log.FileName("SECSII.log");
-    CLogFile fresh(Files, Clock, Owner.Ref());
-    fresh.FileName("SECSII.log");
-    fresh.WriteLog("x");
-    EXPECT_EQ(Content("SECSII_2024-03-05.log"), "2024/03/05 14:07:09.42 x\r\n");
-    EXPECT_EQ(Files.Created, Texts{});
+    ASSERT_EQ(files.Files.size(), 4U);
+    for (const auto& [path, file] : files.Files) {
+        std::string day = path.substr(path.size() - 14, 10);
+        day[4] = day[7] = '/';
+        EXPECT_EQ(file.Content, day + " 14:07:09.42 x\r\n") << path;
+    }
 }
 
 }  // namespace

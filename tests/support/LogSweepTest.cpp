@@ -1,8 +1,4 @@
-#include <hexmire/support/CLogFile.h>
-
-#include "../fakes/FakeClock.h"
-#include "../fakes/MemoryFiles.h"
-#include <gtest/gtest.h>
+#include "LogFixture.h"
 
 #include <chrono>
 #include <string>
@@ -22,50 +18,6 @@ using std::chrono::month;
 using std::chrono::sys_days;
 using std::chrono::year;
 using std::chrono::year_month_day;
-
-using Texts = std::vector<std::string>;
-
-/// Keeps nothing but the number of errors.
-class CountingSink : public IErrorSink {
-public:
-    void TriggerError(std::int32_t /*code*/,
-                      const std::string& /*text*/,
-                      std::int32_t /*line*/) override {
-        ++Count;
-    }
-    int Count = 0;
-};
-
-class LogSweep : public testing::Test {
-protected:
-    LogSweep() {
-        Files.Directories.insert("C:\\Log");
-        Log.FileName("C:\\Log\\SECSII.log");
-    }
-    /// A file that was last written so many days before today, as the clock stands.
-    void AddFile(const std::string& path, int age) {
-        Files.Files[path].Modified = year_month_day{sys_days{Clock.Now().Date} - days{age}};
-    }
-    /// Gives the files that the log wrote the date of today.
-    void DateWrittenFiles() {
-        for (auto& [path, file] : Files.Files) {
-            if (!file.Content.empty() && !file.Modified) file.Modified = Clock.Now().Date;
-        }
-    }
-    /// Moves to the next day and writes one line.
-    void NextDay() {
-        DateWrittenFiles();
-        Clock.Advance(24h);
-        Log.WriteLog("x");
-    }
-    [[nodiscard]] bool Has(const std::string& path) const { return Files.Files.contains(path); }
-
-    MemoryFiles Files;
-    FakeClock Clock;
-    CountingSink Errors;
-    SiteOwner Owner{Errors};
-    CLogFile Log{Files, Clock, Owner.Ref()};
-};
 
 TEST_F(LogSweep, TheFirstLineOfANewDayDeletesWhatIsOlderThan360Days) {
     AddFile("C:\\Log\\SECSII_a.log", 359);
@@ -149,65 +101,6 @@ TEST_F(LogSweep, TheTimeOfDayDoesNotMatter) {
     Log.WriteLog("x");
     EXPECT_TRUE(Has("C:\\Log\\SECSII_a.log"));
     EXPECT_FALSE(Has("C:\\Log\\SECSII_b.log"));
-}
-
-TEST_F(LogSweep, TheBaseFileAndAllThatBeginLikeItAreSweptAndNothingElse) {
-    const Texts swept{"C:\\Log\\SECSII.log",
-                      "C:\\Log\\SECSIIB.log",
-                      "C:\\Log\\SECSII_2020-01-01.log",
-                      "C:\\Log\\SECSII_x_y.log"};
-    const Texts kept{"C:\\Log\\SECS.log",
-                     "C:\\Log\\other.log",
-                     "C:\\Log\\SECSII_a.txt",
-                     "C:\\Log\\SECSII_a.log.bak",
-                     "C:\\Log\\xSECSII.log",
-                     "C:\\SECSII_a.log",
-                     "C:\\Log\\Old\\SECSII_a.log"};
-    for (const std::string& path : swept) {
-        AddFile(path, 1000);
-    }
-    for (const std::string& path : kept) {
-        AddFile(path, 1000);
-    }
-    NextDay();
-    for (const std::string& path : swept) {
-        EXPECT_FALSE(Has(path)) << path;
-    }
-    for (const std::string& path : kept) {
-        EXPECT_TRUE(Has(path)) << path;
-    }
-}
-
-TEST_F(LogSweep, TheFolderIsListedForTheNameWithoutItsLastFourCharacters) {
-    NextDay();
-    EXPECT_EQ(Files.Listed, (std::vector<MemoryFiles::Listing>{{"C:\\Log", "SECSII", ".log"}}));
-}
-
-TEST_F(LogSweep, OddNamesAreListedByTheSameRule) {
-    const auto listed = [this](const char* name, const char* folder) {
-        MemoryFiles files;
-        CLogFile log(files, Clock, Owner.Ref());
-        log.FileName(name);
-        log.DeleteBackup(folder);
-        return files.Listed;
-    };
-    using Listings = std::vector<MemoryFiles::Listing>;
-    EXPECT_EQ(listed("C:\\Log\\a.log.txt", "C:\\Log"), (Listings{{"C:\\Log", "a.log", ".log"}}));
-    EXPECT_EQ(listed("C:\\Log\\.log", "C:\\Log"), (Listings{{"C:\\Log", "", ".log"}}));
-    EXPECT_EQ(listed("/var/log/x.LOG", "/var/log"), (Listings{{"/var/log", "x", ".log"}}));
-    EXPECT_EQ(listed("C:\\a[1]?*.log", "C:"), (Listings{{"C:", "a[1]?*", ".log"}}));
-}
-
-TEST_F(LogSweep, PathsAreMadeOfTheRememberedFolderABackslashAndTheName) {
-    MemoryFiles files;
-    files.Directories.insert("/var/log");
-    CLogFile log(files, Clock, Owner.Ref());
-    log.FileName("/var/log/x.log");
-    files.Files["/var/log\\x_old.log"].Modified = year_month_day{year{2000}, month{1}, day{1}};
-    Clock.Advance(24h);
-    log.WriteLog("x");
-    EXPECT_EQ(files.DateAsked, Texts{"/var/log\\x_old.log"});
-    EXPECT_EQ(files.Deleted, Texts{"/var/log\\x_old.log"});
 }
 
 TEST_F(LogSweep, ANameThatIsSetBeforeTheFirstLineTouchesNothing) {
@@ -327,33 +220,12 @@ TEST_F(LogSweep, AFolderThatCannotBeCreatedPutsTheSweepOff) {
     EXPECT_FALSE(Has("C:\\Log\\SECSII_old.log"));
 }
 
-TEST_F(LogSweep, ASweepCanBeAskedForInAnyFolder) {
-    AddFile("C:\\Log\\SECSII_a.log", 1000);
-    AddFile("D:\\Copy\\SECSII_a.log", 1000);
-    AddFile("D:\\Copy\\SECSII_b.log", 1000);
-    Log.DeleteBackup("D:\\Copy");  // The names are those of the log's own folder.
-    EXPECT_TRUE(Has("C:\\Log\\SECSII_a.log"));
-    EXPECT_FALSE(Has("D:\\Copy\\SECSII_a.log"));
-    EXPECT_TRUE(Has("D:\\Copy\\SECSII_b.log"));
-}
-
 TEST_F(LogSweep, WithoutANameNothingIsSwept) {
     CLogFile unnamed(Files, Clock, Owner.Ref());
     AddFile("C:\\Log\\SECSII_a.log", 1000);
     AddFile("C:\\Log\\.log", 1000);
     unnamed.DeleteBackup("C:\\Log");
     EXPECT_EQ(Files.Deleted, Texts{});
-}
-
-TEST_F(LogSweep, TwoLogsInOneFolderSweepTheirOwnFiles) {
-    CLogFile other(Files, Clock, Owner.Ref());
-    other.FileName("C:\\Log\\other.log");
-    AddFile("C:\\Log\\SECSII_old.log", 1000);
-    AddFile("C:\\Log\\other_old.log", 1000);
-    Clock.Advance(24h);
-    other.WriteLog("x");
-    EXPECT_FALSE(Has("C:\\Log\\other_old.log"));
-    EXPECT_TRUE(Has("C:\\Log\\SECSII_old.log"));
 }
 
 }  // namespace
