@@ -12,7 +12,9 @@
 #endif
 #endif
 #ifdef HEXMIRE_ADDRESS_SANITIZER
-#include <sanitizer/allocator_interface.h>
+/// Part of the sanitizer's run-time library; GCC installs no header that declares it.
+extern "C" std::size_t
+__sanitizer_get_current_allocated_bytes();  // NOLINT(bugprone-reserved-identifier)
 #endif
 
 namespace hexmire::fakes {
