@@ -24,7 +24,7 @@ const ReportedError kNoNumber{13, "(SECSMessage-lBuildSECSMessage) Type mismatch
 /// reports one fault while it is encoded: 71 04 go out, and the text is no number.
 struct Reentry : TransHost {
     explicit Reentry(std::function<void()> action) {
-        OnError = [this, run = std::move(action), done = false]() mutable {
+        OnError = [run = std::move(action), done = false]() mutable {
             if (done) return;
             done = true;
             run();
