@@ -1,6 +1,6 @@
 // A message body as a peer may send it: decoding ends, and what was decoded encodes to bytes that
 // decode and encode to themselves. Bodies that a link refuses never get this far.
-#include <hexmire/driver/hsms/BodyCheck.h>
+#include <hexmire/driver/BodyCheck.h>
 #include <hexmire/sml.h>
 
 #include "Require.h"
@@ -18,8 +18,8 @@ constexpr std::uint32_t kDeepest = 1'000;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::span<const std::uint8_t> body(data, size);
-    hexmire::hsms::BodyCheck check;
-    if (check.Check(body, kDeepest) != hexmire::hsms::BodyCheck::Verdict::Pass) return 0;
+    hexmire::link::BodyCheck check;
+    if (check.Check(body, kDeepest) != hexmire::link::BodyCheck::Verdict::Pass) return 0;
 
     const auto first = hexmire::DecodeBody(body);
     static_cast<void>(hexmire::RenderSml(*first.Message, true));

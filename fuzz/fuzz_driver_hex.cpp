@@ -1,6 +1,6 @@
 // The hex texts that a driver hands to the control, well-formed or not. The input is a row of
 // events: one byte for the event, one for the length of its text, then the text.
-#include <hexmire/driver/hsms/BodyCheck.h>
+#include <hexmire/driver/BodyCheck.h>
 #include <hexmire/support/HexBytes.h>
 
 #include "../tests/fakes/TestHost.h"
@@ -51,7 +51,7 @@ std::vector<std::uint8_t> ReadBytes(const std::string& text) {
 /// Bodies that a link refuses never reach the control.
 bool PassesLink(std::span<const std::uint8_t> body) {
     constexpr std::uint32_t kDeepest = 1'000;
-    return hsms::BodyCheck().Check(body, kDeepest) == hsms::BodyCheck::Verdict::Pass;
+    return link::BodyCheck().Check(body, kDeepest) == link::BodyCheck::Verdict::Pass;
 }
 
 void Drive(fakes::TestHost& host, Reader& input) {

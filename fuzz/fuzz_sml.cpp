@@ -1,7 +1,7 @@
 // An SML text: any text is read or refused with a place inside it, and a message that was read can
 // be sent, rendered and read again. The same bytes, taken as a body, render to a text that reads
 // back to the same message; bodies that a link refuses are left out.
-#include <hexmire/driver/hsms/BodyCheck.h>
+#include <hexmire/driver/BodyCheck.h>
 #include <hexmire/sml.h>
 
 #include "Require.h"
@@ -60,8 +60,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         fuzz::Require((message.Message == nullptr) != message.Error.empty(), "read or refused");
 
     constexpr std::uint32_t kDeepest = 1'000;
-    hsms::BodyCheck check;
-    if (check.Check({data, size}, kDeepest) != hsms::BodyCheck::Verdict::Pass) return 0;
+    link::BodyCheck check;
+    if (check.Check({data, size}, kDeepest) != link::BodyCheck::Verdict::Pass) return 0;
     const DecodedBody decoded = DecodeBody({data, size});
     if (decoded.Ok) CheckRendering(*decoded.Message);
     return 0;

@@ -11,12 +11,14 @@
 
 namespace hexmire::link {
 
-/// Both ends of a new connection, as numeric "address" texts and ports.
+/// Both ends of a new connection, as numeric "address" texts and ports; of a serial port its name
+/// as RemoteAddress.
 struct Endpoints {
     std::string LocalAddress;
     std::uint16_t LocalPort = 0;
     std::string RemoteAddress;
     std::uint16_t RemotePort = 0;
+    bool IsCaller = false;  ///< the peer has opened it
 
     bool operator==(const Endpoints&) const = default;
 };
@@ -25,9 +27,16 @@ struct Endpoints {
 struct SystemFailure {
     int Number = 0;
     std::string Text;
+    LinkError Code = LinkError::ConnectFailed;  ///< what a failed OpenSerial is told as
+    bool IsPermanent = false;                   ///< trying again cannot help: no such device
 
     bool operator==(const SystemFailure&) const = default;
 };
+
+/// "words (number)".
+[[nodiscard]] inline std::string FailureText(const SystemFailure& failure) {
+    return failure.Text + " (" + std::to_string(failure.Number) + ")";
+}
 
 /// A link protocol without I/O: bytes, expired timers and commands in, actions out. It holds no
 /// socket, no thread and no clock; every input brings the time of the loop's turn.

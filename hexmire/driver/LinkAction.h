@@ -15,6 +15,10 @@ namespace hexmire::link {
 /// Timers that a link machine may ask for. There is one of each; starting one that runs restarts
 /// it.
 enum class TimerId : std::uint8_t {
+    T1,              ///< SECS-I: next character of a block, or silence
+    T2,              ///< SECS-I: answer of the peer's line
+    T4,              ///< SECS-I: next block of a message
+    LineCap,         ///< SECS-I: silence on a line that babbles
     T5,              ///< until the next connect or listen attempt
     T6,              ///< response to our open control request
     T7,              ///< until the link is selected
@@ -25,9 +29,10 @@ enum class TimerId : std::uint8_t {
     WriteStall,      ///< progress of outgoing bytes
     Linger,          ///< last writes, then the peer's close, after a local close
     AcceptRetry,     ///< accepting again after a failed accept
+    Crossing,        ///< a caller waits for the outcome of our own connect
     ErrorWindow,     ///< summary of errors that were left out
 };
-inline constexpr std::size_t kTimerCount = 11;
+inline constexpr std::size_t kTimerCount = 16;
 
 /// The ten header bytes of a message.
 using HeaderBytes = std::array<std::uint8_t, 10>;
@@ -66,7 +71,30 @@ struct Connect {
     std::string LocalAddress;  ///< bound unless it is 0.0.0.0
     bool operator==(const Connect&) const = default;
 };
-/// The connection just told by OnConnected becomes the live one: start to read it.
+/// Open and set up a serial port; answered by OnConnected or OnConnectFailed.
+struct OpenSerial {
+    std::string Device;
+    std::int32_t BaudRate;
+    bool operator==(const OpenSerial&) const = default;
+};
+/// Give up the connect attempt; a live connection stays.
+struct StopConnecting {
+    bool operator==(const StopConnecting&) const = default;
+};
+/// The caller just told by OnConnected is put aside, neither read nor closed. There is one at most.
+struct HoldConnection {
+    bool operator==(const HoldConnection&) const = default;
+};
+/// The caller put aside becomes the live connection.
+struct AdoptHeld {
+    bool operator==(const AdoptHeld&) const = default;
+};
+/// The caller put aside is closed without a byte read or written.
+struct RefuseHeld {
+    bool operator==(const RefuseHeld&) const = default;
+};
+/// The connection just told by OnConnected becomes the live one: start to read it. One that was
+/// live before is closed.
 struct AdoptConnection {
     bool operator==(const AdoptConnection&) const = default;
 };
@@ -115,11 +143,17 @@ struct RaiseSent {
     std::size_t BodyOffset;  ///< where the body starts in Bytes
     bool operator==(const RaiseSent&) const = default;
 };
-/// SecsBlockReceive of the whole message as one block, then SecsMsgReceive. Counted by the machine
-/// as waiting until the shell has told OnConsumed.
+/// SecsBlockReceive: a block of SECS-I was accepted. Header and data.
+struct RaiseBlock {
+    std::vector<std::uint8_t> Bytes;
+    bool operator==(const RaiseBlock&) const = default;
+};
+/// SecsMsgReceive, on HSMS after SecsBlockReceive of the whole message as one block. Counted by the
+/// machine as waiting until the shell has told OnConsumed.
 struct RaiseReceived {
     HeaderBytes Header;  ///< as on the wire, but for the system bytes that stand for others
     std::vector<std::uint8_t> Body;
+    bool IsOneBlock = true;  ///< false: its blocks have been told by RaiseBlock
     bool operator==(const RaiseReceived&) const = default;
 };
 
@@ -129,6 +163,11 @@ using Action = std::variant<StartTimer,
                             StopListening,
                             ResumeAccepting,
                             Connect,
+                            OpenSerial,
+                            StopConnecting,
+                            HoldConnection,
+                            AdoptHeld,
+                            RefuseHeld,
                             AdoptConnection,
                             RefuseConnection,
                             CloseConnection,
@@ -140,6 +179,7 @@ using Action = std::variant<StartTimer,
                             RaiseDisconnect,
                             RaiseError,
                             RaiseSent,
+                            RaiseBlock,
                             RaiseReceived>;
 
 /// True for the Raise... actions.
@@ -148,6 +188,7 @@ using Action = std::variant<StartTimer,
            std::holds_alternative<RaiseDisconnect>(action) ||
            std::holds_alternative<RaiseError>(action) ||
            std::holds_alternative<RaiseSent>(action) ||
+           std::holds_alternative<RaiseBlock>(action) ||
            std::holds_alternative<RaiseReceived>(action);
 }
 

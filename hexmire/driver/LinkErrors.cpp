@@ -11,13 +11,28 @@ namespace {
 
 using enum LinkError;
 
-constexpr std::array<std::pair<LinkError, std::string_view>, 31> kTexts{{
+constexpr std::array<std::pair<LinkError, std::string_view>, 51> kTexts{{
     {LocalClose, ""},
+    {T1, "T1 time-out, block incomplete"},
+    {T2, "T2 time-out"},
+    {T4, "T4 time-out, message incomplete"},
     {T6, "T6 time-out"},
     {T7, "T7 time-out, not selected"},
     {T8, "T8 time-out"},
     {WriteStalled, "Write stalled"},
+    {RetriesExceeded, "Retry limit exceeded, message not sent"},
+    {NoAck, "No ACK after block"},
+    {Checksum, "Checksum wrong"},
+    {BlockLength, "Bad block length"},
+    {Babble, "Line babbles"},
     {UnknownDevice, "Unknown device or session ID"},
+    {WrongDirection, "R-bit wrong"},
+    {DuplicateBlock, "Duplicate block dropped"},
+    {BlockOutOfSequence, "Block number out of sequence"},
+    {NotAFirstBlock, "Not a valid first block"},
+    {HeaderChanged, "Header changed inside a message"},
+    {Interleaved, "Interleaved message"},
+    {TooManyOpenMessages, "Too many open messages"},
     {MessageTooLong, "Message too long"},
     {SelectRefused, "Select refused by peer"},
     {SelectRefusedByUs, "Select.req refused"},
@@ -38,15 +53,20 @@ constexpr std::array<std::pair<LinkError, std::string_view>, 31> kTexts{{
     {ConnectionLost, "Connection reset or I/O error"},
     {BadAddress, "Bad address"},
     {SelfConnect, "Connected to itself"},
+    {SerialOpenFailed, "Serial port cannot be opened"},
+    {SerialSetupFailed, "Serial port cannot be set up"},
+    {SerialInUse, "Serial port in use"},
+    {SerialLost, "Serial line lost"},
     {SettingOutOfRange, "Setting out of range"},
     {SendQueueFull, "Send queue full"},
     {ReceiveBacklog, "Receive backlog, reading stopped"},
     {SendAborted, "Queued message aborted by disconnect"},
+    {TraceFailed, "Trace file cannot be written"},
     {HostileBody, "Hostile body refused"},
 }};
 
 constexpr std::array kNeverLimited{
-    MessageTooLong, NotSelected, SendQueueFull, SendAborted, HostileBody};
+    RetriesExceeded, MessageTooLong, NotSelected, SendQueueFull, SendAborted, HostileBody};
 
 }  // namespace
 

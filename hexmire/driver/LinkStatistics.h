@@ -28,6 +28,36 @@ struct LinkStatistics {
     Count SystemBytesReplaced = 0;   ///< delivered under substitute system bytes
     Count SubstitutesForgotten = 0;  ///< ways back given up, the table being full
 
+    // --- SECS-I line
+    // ------------------------------------------------------------------------------
+    Count BlocksReceived = 0;   ///< blocks that came whole and undamaged
+    Count BlocksSent = 0;       ///< blocks that were acknowledged
+    Count BlocksRetried = 0;    ///< attempts of a block after its first
+    Count LineNoise = 0;        ///< bytes that meant nothing where they came
+    Count Yields = 0;           ///< both ends wanted the line, and we gave way (host)
+    Count ContentionsWon = 0;   ///< both ends wanted the line, and we went on (equipment)
+    Count NaksReceived = 0;     ///< NAK after a block of ours
+    Count WrongAnswers = 0;     ///< neither ACK nor NAK after a block of ours
+    Count BadBlockLengths = 0;  ///< length byte outside 10 to 254; drained, answered by NAK
+    Count BadChecksums = 0;     ///< drained, answered by NAK
+    Count Babbles = 0;          ///< the line did not fall silent
+    Count T1Timeouts = 0;       ///< block broken off; answered by NAK
+    Count T2Timeouts = 0;       ///< no EOT, no ACK or no length byte
+
+    // --- SECS-I messages
+    // --------------------------------------------------------------------------
+    Count WrongDirections = 0;       ///< R-bit of our own direction; dropped
+    Count ForeignDeviceBlocks = 0;   ///< device ID is not ours; dropped
+    Count DuplicateBlocks = 0;       ///< dropped
+    Count BlocksOutOfSequence = 0;   ///< message given up
+    Count BlocksWithoutMessage = 0;  ///< neither a following nor a first block; dropped
+    Count HeadersChanged = 0;        ///< message given up
+    Count InterleavedMessages = 0;   ///< message given up for another one, the check being on
+    Count MessagesCrowdedOut = 0;    ///< oldest unfinished message given up, too many being open
+    Count MessagesTooLong = 0;       ///< unfinished message longer than the limit; given up
+    Count T4Timeouts = 0;            ///< unfinished message given up
+    Count MessagesGivenUp = 0;       ///< message of ours not sent, Error 3010
+
     // --- control transactions --------------------------------------------------------------------
     Count SelectsWhileSelected = 0;       ///< answered with status 1
     Count SelectsOfForeignSession = 0;    ///< port type 2: answered with status 4
@@ -43,6 +73,8 @@ struct LinkStatistics {
     Count LinktestsSent = 0;                ///< Linktest.req of ours
 
     // --- connections -----------------------------------------------------------------------------
+    Count CrossingsResolved =
+        0;  ///< alternating: both ends had connected, one connection was closed
     Count ExtraConnections = 0;   ///< callers refused because a link is up
     Count CallersNotAllowed = 0;  ///< callers refused because they are not on the list
     Count SelfConnections = 0;    ///< connects that led back to their own socket

@@ -21,7 +21,11 @@ constexpr std::array<std::string_view, 10> kNames{"Data",
                                                   "RejectReq",
                                                   "",
                                                   "SeparateReq"};
-constexpr std::array<std::string_view, link::kTimerCount> kTimers{"T5",
+constexpr std::array<std::string_view, link::kTimerCount> kTimers{"T1",
+                                                                  "T2",
+                                                                  "T4",
+                                                                  "LineCap",
+                                                                  "T5",
                                                                   "T6",
                                                                   "T7",
                                                                   "T8",
@@ -31,6 +35,7 @@ constexpr std::array<std::string_view, link::kTimerCount> kTimers{"T5",
                                                                   "WriteStall",
                                                                   "Linger",
                                                                   "AcceptRetry",
+                                                                  "Crossing",
                                                                   "ErrorWindow"};
 
 std::string Hex(unsigned value, int digits) {

@@ -103,13 +103,18 @@ void HsmsRig::ExecuteWord(const std::string& word, const std::string& rest) {
     if (word == "open") return machine_.Open(now_);
     if (word == "close") return machine_.Close(now_);
     if (word == "connected") {
-        return machine_.OnConnected({"10.0.0.1", 40'000, "10.0.0.2", 5'000}, now_);
+        return machine_.OnConnected({"10.0.0.1", 40'000, "10.0.0.2", 5'000, !trying_}, now_);
     }
     if (word == "self-connected") {
         return machine_.OnConnected({"10.0.0.2", 5'000, "10.0.0.2", 5'000}, now_);
     }
-    if (word == "caller") return machine_.OnConnected({"10.0.0.1", 5'000, rest, 40'000}, now_);
-    if (word == "connect-failed") return machine_.OnConnectFailed(failure(), now_);
+    if (word == "caller") {
+        return machine_.OnConnected({"10.0.0.1", 5'000, rest, 40'000, true}, now_);
+    }
+    if (word == "connect-failed") {
+        trying_ = false;
+        return machine_.OnConnectFailed(failure(), now_);
+    }
     if (word == "listen-failed") return machine_.OnListenFailed(failure(), now_);
     if (word == "listening") return machine_.OnListening(now_);
     if (word == "accept-failed") return machine_.OnAcceptFailed(failure(), now_);
@@ -222,16 +227,33 @@ void HsmsRig::Show(const link::Action& action) {
             [&](const link::StopListening&) { add("stop-listening"); },
             [&](const link::ResumeAccepting&) { add("resume-accepting"); },
             [&](const link::Connect& one) {
+                trying_ = true;
                 add("connect " + one.RemoteAddress + ":" + std::to_string(one.RemotePort) +
                     " from " + one.LocalAddress);
             },
+            [&](const link::OpenSerial& one) {
+                add("open " + one.Device + " at " + std::to_string(one.BaudRate));
+            },
+            [&](const link::StopConnecting&) {
+                trying_ = false;
+                add("stop-connecting");
+            },
+            [&](const link::HoldConnection&) { add("hold"); },
+            [&](const link::RefuseHeld&) { add("refuse-held"); },
+            [&](const link::AdoptHeld&) {
+                connected_ = true;
+                shown_ = 0;
+                add("adopt-held");
+            },
             [&](const link::AdoptConnection&) {
                 connected_ = true;
+                trying_ = false;
+                shown_ = 0;
                 add("adopt");
             },
             [&](const link::RefuseConnection&) { add("refuse"); },
             [&](const link::CloseConnection&) {
-                connected_ = false;
+                connected_ = trying_ = false;
                 shown_ = 0;
                 add("close");
             },
@@ -256,6 +278,7 @@ void HsmsRig::Show(const link::Action& action) {
                 add("Sent " + FrameNotation(AsFrame(one.Header,
                                                     std::span(one.Bytes).subspan(one.BodyOffset))));
             },
+            [&](const link::RaiseBlock&) { Violation = "a block of SECS-I"; },
             [&](const link::RaiseReceived& one) {
                 if (!sessionOpen_) Violation = "Received without a session";
                 ++waiting_;

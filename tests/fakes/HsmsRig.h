@@ -31,7 +31,7 @@ namespace hexmire::test {
 /// "RejectReq.4 FFFF 00000001", or data "S1F1W 0005 00000007 0100" with an optional body.
 ///
 /// What the machine does comes back as lines of the same kind: "tx FRAME", "start T7 10000",
-/// "stop T7", "connect 10.0.0.2:5000", "close", "Connect", "Disconnect 3035", "Error 3006",
+/// "stop T7", "connect 10.0.0.2:5000", "hold", "close", "Connect", "Disconnect 3035", "Error 3006",
 /// "Sent S1F1W 0005 00000007", "Received ...".
 class HsmsRig {
 public:
@@ -86,6 +86,7 @@ private:
     std::map<link::TimerId, Timer> timers_;
     std::vector<std::string> lines_;
     bool blocked_ = false;
+    bool trying_ = false;  // a connect of its own is under way
     bool connected_ = false;
     bool sessionOpen_ = false;
     std::size_t shown_ = 0;    // bytes of the output already shown

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <hexmire/driver/LinkAction.h>
+#include <hexmire/driver/MessageId.h>
 
 #include <array>
 #include <cstddef>
@@ -68,6 +69,11 @@ struct FrameHeader {
     [[nodiscard]] std::uint8_t Function() const noexcept { return Byte3; }
     /// Data: an odd function opens a transaction, an even one (0 included) answers one.
     [[nodiscard]] bool IsPrimary() const noexcept { return (Byte3 & 1U) != 0; }
+
+    /// Data: what ties reply and primary together.
+    [[nodiscard]] link::MessageId Id() const noexcept {
+        return {Stream(), Function(), SystemBytes};
+    }
 
     bool operator==(const FrameHeader&) const = default;
 };

@@ -99,7 +99,7 @@ LinkMachine::Next LinkMachine::RefuseSelect(LinkMachine& link, const FrameHeader
 
 LinkMachine::Next LinkMachine::AcceptSelect(LinkMachine& link, const FrameHeader& header) {
     if (!link.IsOurSession(header)) return RefuseSelect(link, header);
-    if (link.active_) ++link.statistics_.SelectsFromPassiveSide;
+    if (link.connector_.IsOpener()) ++link.statistics_.SelectsFromPassiveSide;
     if (link.request_ && link.request_->Type == SType::SelectReq) {
         ++link.statistics_.SimultaneousSelects;
     }
@@ -221,7 +221,7 @@ LinkMachine::Next LinkMachine::RejectedUnselected(LinkMachine& link, const Frame
 LinkMachine::Next LinkMachine::RejectedSelected(LinkMachine& link, const FrameHeader& header) {
     if (link.RejectsRequest(header)) return nullptr;
     link.TellEarly(header.SystemBytes);
-    if (!link.transactions_.End(header.SystemBytes, link.now_)) {
+    if (!link.transactions_.End(header.SystemBytes, link.output_.Now())) {
         ++link.statistics_.RejectsWithoutTransaction;
     }
     return nullptr;

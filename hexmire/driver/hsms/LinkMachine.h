@@ -1,12 +1,14 @@
 #pragma once
 
+#include <hexmire/driver/BodyCheck.h>
+#include <hexmire/driver/Connector.h>
 #include <hexmire/driver/ILinkMachine.h>
+#include <hexmire/driver/LinkOutput.h>
 #include <hexmire/driver/LinkStatistics.h>
-#include <hexmire/driver/hsms/BodyCheck.h>
+#include <hexmire/driver/OpenTransactions.h>
+#include <hexmire/driver/SystemBytesMap.h>
 #include <hexmire/driver/hsms/FrameParser.h>
-#include <hexmire/driver/hsms/OpenTransactions.h>
 #include <hexmire/driver/hsms/OutboundQueue.h>
-#include <hexmire/driver/hsms/SystemBytesMap.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -27,8 +29,9 @@ namespace hexmire::hsms {
 /// last being the orderly end of a connection that this side closes.
 class LinkMachine final : public link::ILinkMachine {
 public:
-    /// Counts what it tolerates and refuses in `statistics`, which outlives it.
-    LinkMachine(LinkSettings settings, LinkStatistics& statistics);
+    /// Counts what it tolerates and refuses in `statistics`, which outlives it. `seed` spreads the
+    /// connect attempts of an alternating link.
+    LinkMachine(LinkSettings settings, LinkStatistics& statistics, std::uint32_t seed = 1);
 
     void Open(link::TimePoint now) override;
     void Close(link::TimePoint now) override;
@@ -84,28 +87,23 @@ private:
     void DispatchTimer(link::TimerId id);
 
     // LinkConnection.cpp: getting connected, and the end of connections
-    void BeginAttempt();
-    void BeginListening();
-    void BeginConnect();
-    void StopListening();
     void DropConnection();
+    void ResetStream();
+    Next Follow(link::Connector::Verdict verdict);
     void EndSession(link::LinkError code, std::string_view details);
     void BeginSelecting();
     void BeginSession();
     void BeginLinger();
-    [[nodiscard]] std::chrono::milliseconds RestOfT5() const;
-    [[nodiscard]] bool IsAllowed(const std::string& address) const;
     static Next AfterLink(LinkMachine& link);
     static Next Adopt(LinkMachine& link);
-    static Next AdoptOwn(LinkMachine& link);
-    static Next AdoptCaller(LinkMachine& link);
-    static Next AdoptCandidate(LinkMachine& link);
     static Next RefuseSilently(LinkMachine& link);
-    static Next RefuseExtra(LinkMachine& link);
-    static Next RefuseExtraAndProbe(LinkMachine& link);
+    static Next ExtraUnselected(LinkMachine& link);
+    static Next ExtraSelected(LinkMachine& link);
     static Next ListenFailed(LinkMachine& link);
     static Next ConnectFailed(LinkMachine& link);
     static Next ConnectTimedOut(LinkMachine& link);
+    static Next CrossingTimedOut(LinkMachine& link);
+    static Next AfterSettings(LinkMachine& link);
     static Next SelectedTooLate(LinkMachine& link);
     static Next LoseUnselected(LinkMachine& link, const Loss& loss);
     static Next LoseSelected(LinkMachine& link, const Loss& loss);
@@ -161,14 +159,11 @@ private:
     void TellSent(const FrameHeader& header, std::vector<std::uint8_t> bytes);
     bool TellEarly(std::uint32_t systemBytes);
     void AbortQueue();
-    void Raise(link::LinkError code, std::string text);
-    void RaiseSummaries();
 
-    void Emit(link::Action action) { actions_.push_back(std::move(action)); }
-    void Start(link::TimerId id, std::chrono::milliseconds delay) {
-        Emit(link::StartTimer{id, delay});
-    }
-    void Stop(link::TimerId id) { Emit(link::StopTimer{id}); }
+    void Emit(link::Action action) { output_.Emit(std::move(action)); }
+    void Start(link::TimerId id, std::chrono::milliseconds delay) { output_.Start(id, delay); }
+    void Stop(link::TimerId id) { output_.Stop(id); }
+    void Raise(link::LinkError code, std::string text) { output_.Raise(code, std::move(text)); }
 
     /// System bytes of our own control requests: above those of the control, below the substitutes.
     static constexpr std::uint32_t kFirstRequest = 0x38000000;
@@ -179,23 +174,17 @@ private:
     LinkSettings settings_;
     LinkStatistics& statistics_;
     const State* state_;
-    std::vector<link::Action> actions_;
-    link::ErrorLimiter limiter_;
-    link::TimePoint now_;  // of the input at work
+    link::LinkOutput output_;
+    link::Connector connector_;
 
     // the port
     bool open_ = false;
-    std::optional<link::Listen> listening_;
-    int listenFailure_ = 0;  // error number last told; the same one again is silent
-    std::optional<link::TimePoint> lastEnd_;  // of an attempt or a link; T5 counts from here
-    std::size_t waiting_ = 0;                 // received messages that the control has not yet had
+    std::size_t waiting_ = 0;  // received messages that the control has not yet had
 
-    // the connection, or the attempt at one
     link::Endpoints candidate_;    // of the OnConnected at work
     link::SystemFailure failure_;  // of the OnConnectFailed or OnListenFailed at work
-    bool connecting_ = false;
-    bool connected_ = false;
-    bool active_ = false;
+
+    // the connection
     bool singleSession_ = true;
     bool greet_ = false;        // the connection is new: the active side has to select
     bool sessionOpen_ = false;  // Connect has been raised, Disconnect not yet
@@ -203,15 +192,14 @@ private:
     bool frameTimed_ = false;   // T8 and frame cap run
     bool reading_ = true;       // false: paused until the control or the peer has caught up
     bool stallTimed_ = false;   // the write-stall timer runs
-    link::Endpoints endpoints_;
     std::optional<ControlRequest> request_;
     bool requestHeld_ = false;  // its T6 waits for the frame in progress
     std::uint32_t lastRequest_ = kLastRequest;
     FrameParser parser_;
-    BodyCheck bodyCheck_;
+    link::BodyCheck bodyCheck_;
     OutboundQueue queue_;
-    OpenTransactions transactions_;
-    SystemBytesMap systemBytes_;
+    link::OpenTransactions transactions_;
+    link::SystemBytesMap systemBytes_;
 };
 
 }  // namespace hexmire::hsms

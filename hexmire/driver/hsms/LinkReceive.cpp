@@ -23,7 +23,8 @@ bool IsS9F1(const FrameHeader& header) { return header.Stream() == 9 && header.F
 // --- bytes and their timers ----------------------------------------------------------------------
 
 void LinkMachine::OnBytes(std::span<const std::uint8_t> bytes, link::TimePoint now) {
-    now_ = now;
+    output_.Now(now);
+    connector_.Heard();
     bool sawFrame = false;
     bool more = true;
     while (more && state_->ReadsFrames) {
@@ -79,7 +80,7 @@ void LinkMachine::StopFrameTimers() {
 /// Back-pressure: while too much waits for the control, or too many responses for the peer, nothing
 /// is read, and what supervises the peer's sending stands still.
 void LinkMachine::UpdateReading() {
-    if (!connected_ || state_ == &kEnding) return;
+    if (!connector_.IsConnected() || state_ == &kEnding) return;
     const std::size_t responses = queue_.ControlFrames();
     if (reading_) {
         if (waiting_ < settings_.MaxWaitingMessages && responses < kMaxWaitingResponses) return;
@@ -103,7 +104,7 @@ void LinkMachine::UpdateReading() {
 }
 
 void LinkMachine::OnConsumed(std::size_t count, link::TimePoint now) {
-    now_ = now;
+    output_.Now(now);
     waiting_ -= std::min(count, waiting_);
     UpdateReading();
 }
@@ -163,9 +164,9 @@ bool LinkMachine::PassesDataChecks(const FrameHeader& header) {
         }
     }
     const auto verdict = bodyCheck_.Check(parser_.Body(), settings_.MaxListDepth);
-    if (verdict == BodyCheck::Verdict::Pass) return true;
+    if (verdict == link::BodyCheck::Verdict::Pass) return true;
     ++statistics_.HostileBodies;
-    const bool tooDeep = verdict == BodyCheck::Verdict::TooDeep;
+    const bool tooDeep = verdict == link::BodyCheck::Verdict::TooDeep;
     Raise(LinkError::HostileBody,
           ErrorText(LinkError::HostileBody,
                     tooDeep ? "lists nested too deep" : "lists claim more items than can be there",
@@ -175,14 +176,15 @@ bool LinkMachine::PassesDataChecks(const FrameHeader& header) {
 
 void LinkMachine::MatchReply(const FrameHeader& header) {
     if (TellEarly(header.SystemBytes)) ++statistics_.EarlyReplies;
-    const bool known = transactions_.EndByReply(header, now_);
+    const bool known = transactions_.EndByReply(header.Id(), output_.Now());
     if (!known && settings_.SystemBytesCheck) ++statistics_.RepliesWithoutTransaction;
 }
 
 LinkMachine::Next LinkMachine::Deliver(LinkMachine& link, const FrameHeader& header) {
     if (!link.PassesDataChecks(header)) return nullptr;
     if (!header.IsPrimary()) link.MatchReply(header);
-    const auto delivered = link.systemBytes_.Deliver(header, link.now_, link.settings_.T3);
+    const auto delivered =
+        link.systemBytes_.Deliver(header.Id(), link.output_.Now(), link.settings_.T3);
     if (delivered.SystemBytes != header.SystemBytes) ++link.statistics_.SystemBytesReplaced;
     if (delivered.ForgotOldest) ++link.statistics_.SubstitutesForgotten;
     FrameHeader seen = header;

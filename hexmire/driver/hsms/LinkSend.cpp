@@ -42,7 +42,7 @@ std::vector<std::uint8_t> EncodeData(const FrameHeader& header,
 void LinkMachine::Send(std::span<const std::uint8_t> header,
                        std::span<const std::uint8_t> body,
                        link::TimePoint now) {
-    now_ = now;
+    output_.Now(now);
     if (header.size() != kHeaderBytes) {
         ++statistics_.MalformedSends;
         return Raise(LinkError::Internal,
@@ -62,7 +62,7 @@ void LinkMachine::Send(std::span<const std::uint8_t> header,
     }
     FrameHeader onWire = known;
     if (!known.IsPrimary()) {
-        onWire.SystemBytes = systemBytes_.Original(known.SystemBytes, now_);
+        onWire.SystemBytes = systemBytes_.Original(known.SystemBytes, output_.Now());
         systemBytes_.Answered(known.SystemBytes);
     }
     queue_.Push({.What = OutFrame::Kind::Data, .Header = known, .Bytes = EncodeData(onWire, body)});
@@ -81,7 +81,7 @@ std::size_t LinkMachine::Output(std::span<std::span<const std::uint8_t>> views) 
 }
 
 void LinkMachine::OnWritten(std::size_t count, link::TimePoint now) {
-    now_ = now;
+    output_.Now(now);
     queue_.Advance(count);
     while (auto frame = queue_.TakeWritten()) {
         FrameWritten(std::move(*frame));
@@ -123,7 +123,7 @@ void LinkMachine::StartRequestTimer() {
 
 void LinkMachine::TellSent(const FrameHeader& header, std::vector<std::uint8_t> bytes) {
     if (header.IsPrimary() && header.WBit()) {
-        transactions_.Add(header, now_ + settings_.T3, now_);
+        transactions_.Add(header.Id(), output_.Now() + settings_.T3, output_.Now());
     }
     Emit(link::RaiseSent{EncodeHeader(header), std::move(bytes), kBodyOffset});
 }
@@ -144,38 +144,13 @@ void LinkMachine::AbortQueue() {
     }
 }
 
-// --- errors and actions --------------------------------------------------------------------------
-
-void LinkMachine::Raise(LinkError code, std::string text) {
-    if (code == LinkError::Internal) ++statistics_.InternalFailures;
-    const bool summaryOwed = limiter_.NextSummary().has_value();
-    if (limiter_.Admit(code, now_)) {
-        Emit(link::RaiseError{code, std::move(text)});
-        return;
-    }
-    ++statistics_.ErrorsLeftOut;
-    if (!summaryOwed) Start(TimerId::ErrorWindow, link::ErrorLimiter::kWindow);
-}
-
-void LinkMachine::RaiseSummaries() {
-    for (const auto& summary : limiter_.TakeSummaries(now_)) {
-        Emit(link::RaiseError{
-            summary.Code,
-            ErrorText(summary.Code, std::to_string(summary.Suppressed) + " more left out")});
-    }
-    if (const auto next = limiter_.NextSummary()) {
-        Start(TimerId::ErrorWindow, std::chrono::ceil<std::chrono::milliseconds>(*next - now_));
-    }
-}
+// --- timers and actions -------------------------------------------------------------------------
 
 void LinkMachine::OnTimer(TimerId id, link::TimePoint now) {
-    now_ = now;
+    output_.Now(now);
     DispatchTimer(id);
 }
 
-void LinkMachine::TakeActions(std::vector<link::Action>& into) {
-    into.clear();
-    std::swap(into, actions_);
-}
+void LinkMachine::TakeActions(std::vector<link::Action>& into) { output_.TakeActions(into); }
 
 }  // namespace hexmire::hsms

@@ -37,6 +37,7 @@ struct LinkMachine::State {
 
     Cell OnT5 = nullptr;
     Cell OnConnectTimeout = nullptr;
+    Cell OnCrossing = nullptr;
     Cell OnT7 = nullptr;
     Cell OnLinktestDue = nullptr;
     Cell OnLinger = nullptr;

@@ -11,22 +11,23 @@ using link::TimerId;
 
 const LinkMachine::State LinkMachine::kClosed{
     .Name = "CLOSED",
-    .Enter = [](LinkMachine& link) { link.StopListening(), link.DropConnection(); },
+    .Enter = [](LinkMachine& link) { link.connector_.StopListening(), link.DropConnection(); },
     .OnOpen = [](LinkMachine&) { return &kNotConnected; },
     .OnConnected = &RefuseSilently,
 };
 
 const LinkMachine::State LinkMachine::kNotConnected{
     .Name = "NOT CONNECTED",
-    .Enter = [](LinkMachine& link) { link.DropConnection(), link.BeginAttempt(); },
-    .Exit = [](LinkMachine& link) { link.Stop(TimerId::T5), link.Stop(TimerId::ConnectTimeout); },
+    .Enter = [](LinkMachine& link) { link.DropConnection(), link.connector_.Begin(); },
+    .Exit = [](LinkMachine& link) { link.connector_.StopTrying(); },
     .OnClose = [](LinkMachine&) { return &kClosed; },
-    .OnReconfigured = [](LinkMachine& link) { return link.connecting_ ? nullptr : &kNotConnected; },
+    .OnReconfigured = &AfterSettings,
     .OnConnected = &Adopt,
     .OnConnectFailed = &ConnectFailed,
     .OnListenFailed = &ListenFailed,
-    .OnT5 = [](LinkMachine& link) { return link.connecting_ ? nullptr : &kNotConnected; },
+    .OnT5 = [](LinkMachine& link) { return link.connector_.Begin(), Next{nullptr}; },
     .OnConnectTimeout = &ConnectTimedOut,
+    .OnCrossing = &CrossingTimedOut,
 };
 
 const LinkMachine::State LinkMachine::kNotSelected{
@@ -35,7 +36,7 @@ const LinkMachine::State LinkMachine::kNotSelected{
     .Enter = [](LinkMachine& link) { link.BeginSelecting(); },
     .Exit = [](LinkMachine& link) { link.Stop(TimerId::T7); },
     .OnClose = [](LinkMachine&) { return &kClosed; },
-    .OnConnected = &RefuseExtra,
+    .OnConnected = &ExtraUnselected,
     .OnLost = &LoseUnselected,
     .OnData = &DataUnselected,
     .OnSelectReq = &AcceptSelect,
@@ -56,7 +57,7 @@ const LinkMachine::State LinkMachine::kSelected{
     .Enter = [](LinkMachine& link) { link.BeginSession(); },
     .Exit = [](LinkMachine& link) { link.Stop(TimerId::Linktest); },
     .OnClose = &Separate,
-    .OnConnected = &RefuseExtraAndProbe,
+    .OnConnected = &ExtraSelected,
     .OnLost = &LoseSelected,
     .OnData = &Deliver,
     .OnSelectReq = &RepeatSelect,
@@ -84,8 +85,12 @@ const LinkMachine::State LinkMachine::kEnding{
 
 // --- the only place that changes state, and the dispatchers --------------------------------------
 
-LinkMachine::LinkMachine(LinkSettings settings, LinkStatistics& statistics)
-    : settings_(std::move(settings)), statistics_(statistics), state_(&kClosed) {}
+LinkMachine::LinkMachine(LinkSettings settings, LinkStatistics& statistics, std::uint32_t seed)
+    : settings_(std::move(settings)),
+      statistics_(statistics),
+      state_(&kClosed),
+      output_(statistics_),
+      connector_(settings_, output_, statistics_, seed) {}
 
 std::string_view LinkMachine::StateName() const noexcept { return state_->Name; }
 
@@ -168,10 +173,17 @@ void LinkMachine::DispatchTimer(TimerId id) {
         case TimerId::WriteStall:
             return TimeOut(LinkError::WriteStalled, "", statistics_.WriteStalls);
         case TimerId::AcceptRetry:
-            if (listening_) Emit(link::ResumeAccepting{});
-            return;
+            return connector_.OnAcceptRetry();
+        case TimerId::Crossing:
+            return Expect(state_->OnCrossing);
         case TimerId::ErrorWindow:
-            return RaiseSummaries();
+            return output_.RaiseSummaries();
+        case TimerId::T1:
+        case TimerId::T2:
+        case TimerId::T4:
+        case TimerId::LineCap:
+            ++statistics_.UnexpectedEvents;  // not of this protocol
+            return;
     }
 }
 

@@ -54,16 +54,24 @@ void EventQueue::Raise(const RaiseSent& event) {
     GiveBack(messageText_);
 }
 
+void EventQueue::Raise(const RaiseBlock& event) {
+    messageText_.clear();
+    AppendHexText(messageText_, event.Bytes);
+    sink_->SecsBlockReceive(messageText_);
+}
+
 void EventQueue::Raise(const RaiseReceived& event) {
     ++consumed_;
     bodyText_.clear();
     AppendHexText(bodyText_, event.Body);
-    messageText_.clear();
-    messageText_.reserve(event.Header.size() * 3 + bodyText_.size());
-    AppendHexText(messageText_, event.Header);
-    messageText_ += bodyText_;
-    sink_->SecsBlockReceive(messageText_);
-    if (sink_ == nullptr) return;
+    if (event.IsOneBlock) {
+        messageText_.clear();
+        messageText_.reserve(event.Header.size() * 3 + bodyText_.size());
+        AppendHexText(messageText_, event.Header);
+        messageText_ += bodyText_;
+        sink_->SecsBlockReceive(messageText_);
+        if (sink_ == nullptr) return;
+    }
     HeaderBytes header = event.Header;
     header[0] &= 0x7F;  // the direction bit of SECS-I means nothing above the driver
     headerText_.clear();

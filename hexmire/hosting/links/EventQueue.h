@@ -38,6 +38,7 @@ private:
     void Raise(const RaiseDisconnect& event);
     void Raise(const RaiseError& event);
     void Raise(const RaiseSent& event);
+    void Raise(const RaiseBlock& event);
     void Raise(const RaiseReceived& event);
     template <class Other>
     void Raise(const Other&) {}  // what is no event never gets here

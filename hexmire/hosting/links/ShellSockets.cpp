@@ -67,7 +67,7 @@ void TransportDriver::Shell::AcceptNext() {
             if (!error) {
                 asio::error_code ignored;
                 link::PrepareStream(socket, ignored);
-                self->OfferConnection(std::move(socket));
+                self->OfferConnection(std::move(socket), true);
             } else if (error != asio::error::connection_aborted) {
                 return self->machine_->OnAcceptFailed(link::FailureOf(error), now);
             }
@@ -134,7 +134,7 @@ void TransportDriver::Shell::ConnectTo(const Tcp::endpoint& remote) {
             if (generation != self->generation_) return;
             self->Turn([&](link::TimePoint) {
                 if (failure) return self->FailConnect(failure);
-                self->OfferConnection(std::move(*self->connecting_));
+                self->OfferConnection(std::move(*self->connecting_), false);
             });
         });
 }
@@ -147,28 +147,44 @@ void TransportDriver::Shell::FailConnect(const asio::error_code& error) {
     machine_->OnConnectFailed(link::FailureOf(error), Now());
 }
 
-void TransportDriver::Shell::OfferConnection(Tcp::socket socket) {
-    const link::Endpoints ends = link::EndpointsOf(socket);
+void TransportDriver::Shell::OfferConnection(Tcp::socket socket, bool isCaller) {
+    link::Endpoints ends = link::EndpointsOf(socket);
+    ends.IsCaller = isCaller;
     offered_.emplace(std::move(socket));
     machine_->OnConnected(ends, Now());
     PerformActions();
 }
 
-void TransportDriver::Shell::Do(const link::AdoptConnection&) {
-    ++generation_;
-    connecting_.reset();
-    stream_ = std::move(offered_);
-    offered_.reset();
-    waitingForInput_ = waitingForRoom_ = readingPaused_ = false;
-}
-
-void TransportDriver::Shell::Do(const link::RefuseConnection&) { offered_.reset(); }
-
-void TransportDriver::Shell::Do(const link::CloseConnection&) {
+void TransportDriver::Shell::Do(const link::StopConnecting&) {
     ++generation_;
     resolver_.cancel();
     remotes_.clear();
     connecting_.reset();
+}
+
+void TransportDriver::Shell::Adopt(std::optional<Tcp::socket>& socket) {
+    ++generation_;
+    connecting_.reset();
+    stream_ = std::move(socket);
+    socket.reset();
+    waitingForInput_ = waitingForRoom_ = readingPaused_ = false;
+}
+
+void TransportDriver::Shell::Do(const link::AdoptConnection&) { Adopt(offered_); }
+
+void TransportDriver::Shell::Do(const link::HoldConnection&) {
+    held_ = std::move(offered_);
+    offered_.reset();
+}
+
+void TransportDriver::Shell::Do(const link::AdoptHeld&) { Adopt(held_); }
+
+void TransportDriver::Shell::Do(const link::RefuseHeld&) { held_.reset(); }
+
+void TransportDriver::Shell::Do(const link::RefuseConnection&) { offered_.reset(); }
+
+void TransportDriver::Shell::Do(const link::CloseConnection&) {
+    Do(link::StopConnecting{});
     offered_.reset();
     stream_.reset();
     waitingForInput_ = waitingForRoom_ = readingPaused_ = false;

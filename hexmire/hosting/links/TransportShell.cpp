@@ -4,6 +4,7 @@
 #include <asio/post.hpp>
 
 #include <algorithm>
+#include <random>
 #include <utility>
 #include <variant>
 
@@ -24,7 +25,7 @@ constexpr auto kLongestHold = 500us;
 TransportDriver::Shell::Shell(asio::io_context& loop, SECSIServiceEvents& events, LinkSettings own)
     : loop_(loop),
       settings_(std::move(own)),
-      machine_(std::make_unique<hsms::LinkMachine>(settings_, statistics_)),
+      machine_(std::make_unique<hsms::LinkMachine>(settings_, statistics_, std::random_device{}())),
       events_(events),
       timer_(loop),
       resolver_(loop),
@@ -61,6 +62,7 @@ void TransportDriver::Shell::Destroy() noexcept {
     Guard([this] {
         CloseStream();
         Do(link::CloseConnection{});
+        Do(link::RefuseHeld{});
         Do(link::StopListening{});
         timers_.StopAll();
         timer_.cancel();

@@ -108,7 +108,11 @@ private:
     void Do(const link::StopListening& action);
     void Do(const link::ResumeAccepting& action);
     void Do(const link::Connect& action);
+    void Do(const link::StopConnecting& action);
     void Do(const link::AdoptConnection& action);
+    void Do(const link::HoldConnection& action);
+    void Do(const link::AdoptHeld& action);
+    void Do(const link::RefuseHeld& action);
     void Do(const link::RefuseConnection& action);
     void Do(const link::CloseConnection& action);
     void Do(const link::ShutdownSend& action);
@@ -124,7 +128,8 @@ private:
     void ConnectNext();
     void ConnectTo(const Tcp::endpoint& remote);
     void FailConnect(const asio::error_code& error);
-    void OfferConnection(Tcp::socket socket);
+    void OfferConnection(Tcp::socket socket, bool isCaller);
+    void Adopt(std::optional<Tcp::socket>& socket);
 
     // ShellStream.cpp: the live connection
     void WaitForInput();
@@ -153,6 +158,7 @@ private:
     std::vector<Tcp::endpoint> remotes_;  // still to try in this attempt, the next one last
     std::optional<Tcp::endpoint> local_;  // to bind before connecting
     std::optional<Tcp::socket> offered_;  // the machine is being asked about it
+    std::optional<Tcp::socket> held_;     // a caller that the machine has put aside
     std::optional<Tcp::socket> stream_;
     std::unique_ptr<std::uint8_t[]> input_;
 

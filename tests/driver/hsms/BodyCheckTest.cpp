@@ -1,6 +1,6 @@
 // Bodies that would only burn the host are refused by their item headers alone (SEMI E5, item
 // header).
-#include <hexmire/driver/hsms/BodyCheck.h>
+#include <hexmire/driver/BodyCheck.h>
 
 #include "../../fakes/HsmsRig.h"
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 namespace hexmire::test {
 namespace {
 
-using hsms::BodyCheck;
+using link::BodyCheck;
 using Verdict = BodyCheck::Verdict;
 using Bytes = std::vector<std::uint8_t>;
 

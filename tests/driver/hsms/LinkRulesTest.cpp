@@ -223,7 +223,7 @@ TEST(HsmsListening, TheListenerMovesWhenItsAddressChanges) {
 TEST(HsmsListening, AConnectThatLeadsBackToItselfFails) {
     HsmsRig rig(HsmsRig::Settings());
     rig.Do("open");
-    EXPECT_EQ(rig.Do("self-connected"), "Error 3057; close");
+    EXPECT_EQ(rig.Do("self-connected"), "Error 3057; refuse");
     EXPECT_EQ(rig.Timers(), "T5:10000");
 }
 

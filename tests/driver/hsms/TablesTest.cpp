@@ -1,8 +1,8 @@
 // The link's small tables: open transactions, system bytes of two sizes, the queue, error windows.
 #include <hexmire/driver/ErrorLimiter.h>
-#include <hexmire/driver/hsms/OpenTransactions.h>
+#include <hexmire/driver/OpenTransactions.h>
 #include <hexmire/driver/hsms/OutboundQueue.h>
-#include <hexmire/driver/hsms/SystemBytesMap.h>
+#include <hexmire/driver/SystemBytesMap.h>
 
 #include "../../fakes/HsmsRig.h"
 #include <gtest/gtest.h>
@@ -19,16 +19,14 @@ using link::TimePoint;
 
 const TimePoint kStart{1h};
 
-FrameHeader Message(int stream, int function, std::uint32_t systemBytes) {
-    return {.Byte2 = static_cast<std::uint8_t>(stream),
-            .Byte3 = static_cast<std::uint8_t>(function),
-            .SystemBytes = systemBytes};
+link::MessageId Message(int stream, int function, std::uint32_t systemBytes) {
+    return {static_cast<std::uint8_t>(stream), static_cast<std::uint8_t>(function), systemBytes};
 }
 
 // --- open transactions ---------------------------------------------------------------------------
 
 TEST(OpenTransactions, AReplyFitsByStreamFunctionAndSystemBytes) {
-    hsms::OpenTransactions table;
+    link::OpenTransactions table;
     table.Add(Message(1, 1, 7), kStart + 45s, kStart);
     EXPECT_FALSE(table.EndByReply(Message(1, 2, 8), kStart));
     EXPECT_FALSE(table.EndByReply(Message(1, 4, 7), kStart));
@@ -38,13 +36,13 @@ TEST(OpenTransactions, AReplyFitsByStreamFunctionAndSystemBytes) {
 }
 
 TEST(OpenTransactions, FunctionZeroAbortsTheTransaction) {
-    hsms::OpenTransactions table;
+    link::OpenTransactions table;
     table.Add(Message(3, 17, 7), kStart + 45s, kStart);
     EXPECT_TRUE(table.EndByReply(Message(3, 0, 7), kStart));
 }
 
 TEST(OpenTransactions, ATransactionIsForgottenAfterT3) {
-    hsms::OpenTransactions table;
+    link::OpenTransactions table;
     table.Add(Message(1, 1, 7), kStart + 45s, kStart);
     EXPECT_TRUE(table.IsOpen(7, kStart + 44999ms));
     EXPECT_FALSE(table.IsOpen(7, kStart + 45s));
@@ -52,7 +50,7 @@ TEST(OpenTransactions, ATransactionIsForgottenAfterT3) {
 }
 
 TEST(OpenTransactions, ForgottenOnesDoNotPileUp) {
-    hsms::OpenTransactions table;
+    link::OpenTransactions table;
     for (std::uint32_t count = 0; count < 100'000; ++count) {
         const TimePoint now = kStart + count * 1s;
         table.Add(Message(1, 1, count), now + 45s, now);
@@ -63,7 +61,7 @@ TEST(OpenTransactions, ForgottenOnesDoNotPileUp) {
 // --- system bytes --------------------------------------------------------------------------------
 
 TEST(SystemBytesMap, ThirtyOneBitsPassUnchanged) {
-    hsms::SystemBytesMap map;
+    link::SystemBytesMap map;
     EXPECT_EQ(map.Deliver(Message(1, 1, 0), kStart, 45s).SystemBytes, 0U);
     EXPECT_EQ(map.Deliver(Message(1, 1, 0x3FFFFFFF), kStart, 45s).SystemBytes, 0x3FFFFFFFU);
     EXPECT_EQ(map.Deliver(Message(1, 1, 0x7FFFFFFF), kStart, 45s).SystemBytes, 0x7FFFFFFFU);
@@ -71,11 +69,11 @@ TEST(SystemBytesMap, ThirtyOneBitsPassUnchanged) {
 }
 
 TEST(SystemBytesMap, TheTopBitIsReplacedAndTheReplyFindsItsWayBack) {
-    hsms::SystemBytesMap map;
+    link::SystemBytesMap map;
     const auto first = map.Deliver(Message(1, 1, 0x80000000), kStart, 45s).SystemBytes;
     const auto second = map.Deliver(Message(1, 1, 0xFFFFFFFF), kStart, 45s).SystemBytes;
-    EXPECT_GE(first, hsms::SystemBytesMap::kFirstSubstitute);
-    EXPECT_LE(first, hsms::SystemBytesMap::kLastSubstitute);
+    EXPECT_GE(first, link::SystemBytesMap::kFirstSubstitute);
+    EXPECT_LE(first, link::SystemBytesMap::kLastSubstitute);
     EXPECT_NE(first, second);
     EXPECT_EQ(map.Original(first, kStart), 0x80000000U);
     EXPECT_EQ(map.Original(second, kStart), 0xFFFFFFFFU);
@@ -84,10 +82,10 @@ TEST(SystemBytesMap, TheTopBitIsReplacedAndTheReplyFindsItsWayBack) {
 }
 
 TEST(SystemBytesMap, ASubstituteIsNeverOneThatThePeerUsesItself) {
-    hsms::SystemBytesMap map;
+    link::SystemBytesMap map;
     std::set<std::uint32_t> used;
     for (std::uint32_t count = 0; count < 100; ++count) {
-        const auto own = hsms::SystemBytesMap::kFirstSubstitute + count;
+        const auto own = link::SystemBytesMap::kFirstSubstitute + count;
         used.insert(map.Deliver(Message(1, 1, own), kStart, 45s).SystemBytes);
         used.insert(map.Deliver(Message(1, 1, 0x90000000 + count), kStart, 45s).SystemBytes);
     }
@@ -95,31 +93,31 @@ TEST(SystemBytesMap, ASubstituteIsNeverOneThatThePeerUsesItself) {
 }
 
 TEST(SystemBytesMap, ANonPrimaryIsReplacedWithoutAWayBack) {
-    hsms::SystemBytesMap map;
+    link::SystemBytesMap map;
     EXPECT_LT(map.Deliver(Message(1, 2, 0x80000001), kStart, 45s).SystemBytes, 0x80000000U);
     EXPECT_EQ(map.Size(), 0U);
 }
 
 TEST(SystemBytesMap, WaysBackEndAfterT3) {
-    hsms::SystemBytesMap map;
+    link::SystemBytesMap map;
     const auto seen = map.Deliver(Message(1, 1, 0x80000000), kStart, 45s).SystemBytes;
     EXPECT_EQ(map.Original(seen, kStart + 45s), seen);
 }
 
 TEST(SystemBytesMap, TheOldestWayBackIsGivenUpWhenTheTableIsFull) {
-    hsms::SystemBytesMap map;
+    link::SystemBytesMap map;
     const auto oldest = map.Deliver(Message(1, 1, 0x80000000), kStart, 45s).SystemBytes;
-    for (std::uint32_t count = 1; count < hsms::SystemBytesMap::kMaxEntries; ++count) {
+    for (std::uint32_t count = 1; count < link::SystemBytesMap::kMaxEntries; ++count) {
         EXPECT_FALSE(map.Deliver(Message(1, 1, 0x80000000 + count), kStart, 45s).ForgotOldest);
     }
     EXPECT_EQ(map.Original(oldest, kStart), 0x80000000U);
     EXPECT_TRUE(map.Deliver(Message(1, 1, 0xA0000000), kStart, 45s).ForgotOldest);
     EXPECT_EQ(map.Original(oldest, kStart), oldest);
-    EXPECT_EQ(map.Size(), hsms::SystemBytesMap::kMaxEntries);
+    EXPECT_EQ(map.Size(), link::SystemBytesMap::kMaxEntries);
 }
 
 TEST(SystemBytesMap, AnsweredEntriesLeaveRoomHoweverManyThereAre) {
-    hsms::SystemBytesMap map;
+    link::SystemBytesMap map;
     const auto waiting = map.Deliver(Message(1, 1, 0x80000000), kStart, 45s).SystemBytes;
     for (std::uint32_t count = 1; count < 300'000; ++count) {
         const auto seen = map.Deliver(Message(1, 1, 0x80000000 + count), kStart, 45s);
@@ -133,7 +131,7 @@ TEST(SystemBytesMap, AnsweredEntriesLeaveRoomHoweverManyThereAre) {
 
 hsms::OutFrame Frame(std::uint32_t systemBytes, bool data) {
     return {.What = data ? hsms::OutFrame::Kind::Data : hsms::OutFrame::Kind::Control,
-            .Header = Message(1, 1, systemBytes),
+            .Header = FrameHeader{.Byte2 = 1, .Byte3 = 1, .SystemBytes = systemBytes},
             .Bytes = std::vector<std::uint8_t>(14, static_cast<std::uint8_t>(systemBytes))};
 }
 

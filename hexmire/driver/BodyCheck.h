@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-namespace hexmire::hsms {
+namespace hexmire::link {
 
 /// Finds bodies that would only burn the host: lists nested too deep, or lists that claim far more
 /// items than the bytes could hold. It reads item headers only (SEMI E5, item header), allocates
@@ -28,4 +28,4 @@ private:
     std::vector<std::uint32_t> open_;  // items still to come, one entry for each list around
 };
 
-}  // namespace hexmire::hsms
+}  // namespace hexmire::link

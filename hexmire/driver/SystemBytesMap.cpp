@@ -1,10 +1,10 @@
-#include <hexmire/driver/hsms/SystemBytesMap.h>
+#include <hexmire/driver/SystemBytesMap.h>
 
-namespace hexmire::hsms {
+namespace hexmire::link {
 
-SystemBytesMap::Delivered SystemBytesMap::Deliver(const FrameHeader& received,
-                                                  link::TimePoint now,
-                                                  link::TimePoint::duration lifetime) {
+SystemBytesMap::Delivered SystemBytesMap::Deliver(const MessageId& received,
+                                                  TimePoint now,
+                                                  TimePoint::duration lifetime) {
     const std::uint32_t original = received.SystemBytes;
     if (original < kFirstSubstitute) return {original, false};
     const auto taken = entries_.find(original);
@@ -18,7 +18,7 @@ SystemBytesMap::Delivered SystemBytesMap::Deliver(const FrameHeader& received,
     return {delivered, Keep(delivered, original, now + lifetime, now)};
 }
 
-std::uint32_t SystemBytesMap::Original(std::uint32_t systemBytes, link::TimePoint now) const {
+std::uint32_t SystemBytesMap::Original(std::uint32_t systemBytes, TimePoint now) const {
     const auto found = entries_.find(systemBytes);
     if (found == entries_.end() || found->second.Deadline <= now) return systemBytes;
     return found->second.Original;
@@ -29,7 +29,7 @@ void SystemBytesMap::Clear() noexcept {
     ages_.clear();
 }
 
-std::uint32_t SystemBytesMap::UnusedSubstitute(link::TimePoint now) {
+std::uint32_t SystemBytesMap::UnusedSubstitute(TimePoint now) {
     for (;;) {
         const std::uint32_t candidate = next_;
         next_ = candidate == kLastSubstitute ? kFirstSubstitute : candidate + 1;
@@ -40,8 +40,8 @@ std::uint32_t SystemBytesMap::UnusedSubstitute(link::TimePoint now) {
 
 bool SystemBytesMap::Keep(std::uint32_t systemBytes,
                           std::uint32_t original,
-                          link::TimePoint deadline,
-                          link::TimePoint now) {
+                          TimePoint deadline,
+                          TimePoint now) {
     entries_.erase(systemBytes);
     DropStale(now);
     bool forgotOldest = false;
@@ -60,7 +60,7 @@ bool SystemBytesMap::IsCurrent(const Age& age) const {
     return found != entries_.end() && found->second.Serial == age.Serial;
 }
 
-void SystemBytesMap::DropStale(link::TimePoint now) {
+void SystemBytesMap::DropStale(TimePoint now) {
     while (!ages_.empty()) {
         const Age oldest = ages_.front();
         if (IsCurrent(oldest)) {
@@ -75,4 +75,4 @@ void SystemBytesMap::DropStale(link::TimePoint now) {
     }
 }
 
-}  // namespace hexmire::hsms
+}  // namespace hexmire::link

@@ -1,9 +1,9 @@
-#include <hexmire/driver/hsms/BodyCheck.h>
+#include <hexmire/driver/BodyCheck.h>
 #include <hexmire/support/ItemHeader.h>
 
 #include <cstddef>
 
-namespace hexmire::hsms {
+namespace hexmire::link {
 
 namespace {
 
@@ -77,4 +77,4 @@ BodyCheck::Verdict BodyCheck::Check(std::span<const std::uint8_t> body, std::uin
     return Verdict::Pass;
 }
 
-}  // namespace hexmire::hsms
+}  // namespace hexmire::link

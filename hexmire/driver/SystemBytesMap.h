@@ -1,13 +1,14 @@
 #pragma once
 
-#include <hexmire/driver/hsms/Frame.h>
+#include <hexmire/driver/ErrorLimiter.h>
+#include <hexmire/driver/MessageId.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <unordered_map>
 
-namespace hexmire::hsms {
+namespace hexmire::link {
 
 /// Stands between the peer's system bytes, which are 32 bits, and the control's, which are 31.
 ///
@@ -32,11 +33,11 @@ public:
 
     /// The system bytes under which a received message is delivered. A way back lasts `lifetime`,
     /// after which the peer waits no more.
-    [[nodiscard]] Delivered Deliver(const FrameHeader& received,
-                                    link::TimePoint now,
-                                    link::TimePoint::duration lifetime);
+    [[nodiscard]] Delivered Deliver(const MessageId& received,
+                                    TimePoint now,
+                                    TimePoint::duration lifetime);
     /// The peer's system bytes for a reply of the control.
-    [[nodiscard]] std::uint32_t Original(std::uint32_t systemBytes, link::TimePoint now) const;
+    [[nodiscard]] std::uint32_t Original(std::uint32_t systemBytes, TimePoint now) const;
     /// The reply is on its way: its way back is not needed any more.
     void Answered(std::uint32_t systemBytes) { entries_.erase(systemBytes); }
     void Clear() noexcept;
@@ -47,20 +48,17 @@ private:
     struct Entry {
         std::uint32_t Original;
         std::uint64_t Serial;
-        link::TimePoint Deadline;
+        TimePoint Deadline;
     };
     struct Age {
         std::uint32_t SystemBytes;
         std::uint64_t Serial;
     };
 
-    [[nodiscard]] std::uint32_t UnusedSubstitute(link::TimePoint now);
-    bool Keep(std::uint32_t systemBytes,
-              std::uint32_t original,
-              link::TimePoint deadline,
-              link::TimePoint now);
+    [[nodiscard]] std::uint32_t UnusedSubstitute(TimePoint now);
+    bool Keep(std::uint32_t systemBytes, std::uint32_t original, TimePoint deadline, TimePoint now);
     [[nodiscard]] bool IsCurrent(const Age& age) const;
-    void DropStale(link::TimePoint now);
+    void DropStale(TimePoint now);
 
     std::unordered_map<std::uint32_t, Entry> entries_;
     std::deque<Age> ages_;  // oldest first; entries that were answered meanwhile are stale
@@ -68,4 +66,4 @@ private:
     std::uint32_t next_ = kFirstSubstitute;
 };
 
-}  // namespace hexmire::hsms
+}  // namespace hexmire::link

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <hexmire/driver/hsms/Frame.h>
+#include <hexmire/driver/ErrorLimiter.h>
+#include <hexmire/driver/MessageId.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <unordered_map>
 
-namespace hexmire::hsms {
+namespace hexmire::link {
 
 /// Primaries of ours that wait for their reply. The control supervises T3; this table exists to
 /// tell a reply or a Reject.req that fits from one that does not, and forgets in silence after T3.
@@ -16,14 +17,14 @@ namespace hexmire::hsms {
 class OpenTransactions {
 public:
     /// A primary with W-bit has gone out; it is forgotten after `deadline`.
-    void Add(const FrameHeader& primary, link::TimePoint deadline, link::TimePoint now);
+    void Add(const MessageId& primary, TimePoint deadline, TimePoint now);
     /// Ends the transaction that this secondary answers: same system bytes and stream, function one
     /// above the primary's, or 0 for an abort. False when there is none.
-    bool EndByReply(const FrameHeader& secondary, link::TimePoint now);
+    bool EndByReply(const MessageId& secondary, TimePoint now);
     /// Ends the transaction with these system bytes, whatever its message. False when there is
     /// none.
-    bool End(std::uint32_t systemBytes, link::TimePoint now);
-    [[nodiscard]] bool IsOpen(std::uint32_t systemBytes, link::TimePoint now) const;
+    bool End(std::uint32_t systemBytes, TimePoint now);
+    [[nodiscard]] bool IsOpen(std::uint32_t systemBytes, TimePoint now) const;
     void Clear() noexcept { entries_.clear(); }
 
     /// Entries held, those past their time included.
@@ -31,7 +32,7 @@ public:
 
 private:
     struct Entry {
-        link::TimePoint Deadline;
+        TimePoint Deadline;
         std::uint8_t Stream;
         std::uint8_t Function;
     };
@@ -41,4 +42,4 @@ private:
     std::size_t sweepAt_ = kFirstSweep;
 };
 
-}  // namespace hexmire::hsms
+}  // namespace hexmire::link
