@@ -64,6 +64,8 @@ struct LinkSettings {  // NOLINT(clang-analyzer-optin.performance.Padding)
     /// False: the end of a connection closes the port. True: the port stays open over it; the
     /// active side connects again after T5, the passive side goes on listening.
     bool AutoReconnect = false;
+    /// SECS-I: true takes blocks whatever their R-bit; several peers never set it.
+    bool IgnoreDirection = false;
     /// Numeric addresses that may call a passive port; empty: anybody.
     std::vector<std::string> AllowedCallers;
     /// Quiet time after which a Linktest.req is sent [0..86 400 000] ms; 0: none is ever sent.

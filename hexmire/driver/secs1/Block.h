@@ -1,6 +1,7 @@
 #pragma once
 
 #include <hexmire/driver/LinkAction.h>
+#include <hexmire/driver/MessageId.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -46,8 +47,9 @@ struct BlockHeader {
     std::uint16_t Number = 1;  ///< [0..32767]; the first block is 1, some peers number it 0
     std::uint32_t SystemBytes = 0;
 
-    /// An odd function opens a transaction, an even one (0 included) answers one.
-    [[nodiscard]] bool IsPrimary() const noexcept { return (Function & 1U) != 0; }
+    /// What ties reply and primary together.
+    [[nodiscard]] link::MessageId Id() const noexcept { return {Stream, Function, SystemBytes}; }
+    [[nodiscard]] bool IsPrimary() const noexcept { return Id().IsPrimary(); }
     /// True when both are blocks of one message: all but block number and E-bit are the same.
     [[nodiscard]] bool IsOfSameMessage(const BlockHeader& other) const noexcept;
 

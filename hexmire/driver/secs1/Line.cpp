@@ -141,8 +141,8 @@ void Line::Write(std::vector<std::uint8_t> bytes) {
     output_.emplace_back(WriteLine{std::move(bytes)});
 }
 
-void Line::Tell(LinkError code, std::string details, bool isRetried) {
-    output_.emplace_back(LineFault{code, std::move(details), isRetried});
+void Line::Tell(LinkError code, std::string details, bool isSending) {
+    output_.emplace_back(LineFault{code, std::move(details), isSending});
 }
 
 /// T2 counts from the moment when the last byte has physically left. On a serial line the system
@@ -219,9 +219,8 @@ Line::Next Line::NoAck(Line& line) {
 Line::Next Line::Retry(LinkError code, std::string details, bool timeOut) {
     const std::int32_t limit =
         settings_.ConnectionRetryLimit + (timeOut ? settings_.TimeOutRetry : 0);
-    const bool again = retries_ < limit;
-    Tell(code, std::move(details), again);
-    if (again) {
+    Tell(code, std::move(details), true);
+    if (retries_ < limit) {
         ++retries_;
         ++statistics_.BlocksRetried;
         return &kTxEot;

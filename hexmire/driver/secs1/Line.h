@@ -53,11 +53,11 @@ struct BlockSent {
 struct BlockGivenUp {
     bool operator==(const BlockGivenUp&) const = default;
 };
-/// Something went wrong on the line. IsRetried: a block of ours will be tried again.
+/// Something went wrong on the line. IsSending: an attempt of our own block failed.
 struct LineFault {
     link::LinkError Code;
     std::string Details;
-    bool IsRetried;
+    bool IsSending;
     bool operator==(const LineFault&) const = default;
 };
 
@@ -104,7 +104,7 @@ private:
 
     void Go(Next next);
     void Write(std::vector<std::uint8_t> bytes);
-    void Tell(link::LinkError code, std::string details, bool isRetried);
+    void Tell(link::LinkError code, std::string details, bool isSending);
     void Start(LineTimer id, std::chrono::milliseconds delay) {
         output_.emplace_back(StartLineTimer{id, delay});
     }
