@@ -256,35 +256,41 @@ Connector::Verdict Connector::OnCrossingTimeout() {
 Connector::Verdict Connector::AdoptHeldCaller() {
     output_.Stop(TimerId::Crossing);
     output_.Emit(AdoptHeld{});
-    const Endpoints ends = *std::exchange(held_, std::nullopt);
-    connected_ = true;
-    opener_ = heard_ = false;
-    ends_ = ends;
+    SetLive(*std::exchange(held_, std::nullopt), false);
     return Verdict::Adopted;
 }
 
 void Connector::Adopt(const Endpoints& ends, bool opener) {
-    connected_ = true;
-    opener_ = opener;
-    heard_ = false;
-    ends_ = ends;
+    SetLive(ends, opener);
     output_.Emit(AdoptConnection{});
 }
 
+void Connector::SetLive(const Endpoints& ends, bool opener) {
+    connected_ = true;
+    opener_ = opener;
+    heard_ = false;
+    upSince_ = output_.Now();
+    ends_ = ends;
+}
+
+/// The peer's call may be accepted some time after ours has come through.
+bool Connector::IsCrossing(const Endpoints& ends) const {
+    return IsAlternating() && opener_ && ends.IsCaller &&
+           ends.RemoteAddress == ends_.RemoteAddress && output_.Now() - upSince_ < kCrossingWait;
+}
+
 bool Connector::OnExtraConnected(const Endpoints& ends) {
-    const bool crosses = IsAlternating() && opener_ && !heard_ && ends.IsCaller;
-    if (crosses && settings_.HostRole) {
-        ++statistics_.CrossingsResolved;
+    if (!IsCrossing(ends) || !IsAllowed(ends.RemoteAddress)) {
+        RefuseExtra(ends);
+        return false;
+    }
+    ++statistics_.CrossingsResolved;
+    if (settings_.HostRole || heard_) {
         RefuseSilently();
         return false;
     }
-    if (crosses && IsAllowed(ends.RemoteAddress)) {
-        ++statistics_.CrossingsResolved;
-        Adopt(ends, false);
-        return true;
-    }
-    RefuseExtra(ends);
-    return false;
+    Adopt(ends, false);
+    return true;
 }
 
 void Connector::RefuseSilently() { output_.Emit(RefuseConnection{}); }

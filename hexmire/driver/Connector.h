@@ -54,6 +54,9 @@ public:
     Verdict OnConnected(const Endpoints& ends);
     /// While there is one: true when the machine has to change over to this one.
     bool OnExtraConnected(const Endpoints& ends);
+    /// Whether this caller is the peer, which has called while we called it: another attempt at
+    /// the connection that is up, and nobody extra.
+    [[nodiscard]] bool IsCrossing(const Endpoints& ends) const;
     Verdict OnConnectFailed(const SystemFailure& failure);
     Verdict OnConnectTimeout();
     Verdict OnCrossingTimeout();
@@ -88,6 +91,7 @@ private:
     Verdict AdoptOwn(const Endpoints& ends);
     Verdict TakeCaller(const Endpoints& ends);
     void Adopt(const Endpoints& ends, bool opener);
+    void SetLive(const Endpoints& ends, bool opener);
 
     const LinkSettings& settings_;
     LinkOutput& output_;
@@ -104,6 +108,7 @@ private:
     bool connected_ = false;
     bool opener_ = false;
     bool heard_ = false;
+    TimePoint upSince_;
     Endpoints ends_;
 };
 

@@ -51,6 +51,8 @@ public:
     virtual void Close(TimePoint now) = 0;
     /// True from a successful Open until Close or until the connection has ended.
     [[nodiscard]] virtual bool IsOpen() const = 0;
+    /// True when the port is closed and nothing is left of its last connection.
+    [[nodiscard]] virtual bool IsOver() const = 0;
     /// New settings. While the port is open, a set that could never work raises its Error and
     /// leaves the old ones in force.
     virtual void Configure(const LinkSettings& settings, TimePoint now) = 0;

@@ -55,14 +55,13 @@ enum class LinkError : std::int32_t {
     SerialSetupFailed = 3061,    ///< serial port takes no setting of ours
     SerialInUse = 3062,          ///< serial port belongs to somebody else
     SerialLost = 3063,           ///< serial port is gone
-    SettingOutOfRange =
-        3070,               ///< a setting outside its range, or a port type that is not available
-    SendQueueFull = 3071,   ///< message refused, too many are waiting to be written
-    ReceiveBacklog = 3072,  ///< reading has stopped until the control has caught up
-    SendAborted = 3073,     ///< queued message that never went out
-    TraceFailed = 3080,     ///< trace file cannot be written; traffic goes on
-    HostileBody = 3090,     ///< received message dropped, its body would only burn the host
-    Internal = 3099,        ///< a failure inside the driver, or a call that makes no sense
+    SettingOutOfRange = 3070,    ///< a setting outside its range
+    SendQueueFull = 3071,        ///< message refused, too many are waiting to be written
+    ReceiveBacklog = 3072,       ///< reading has stopped until the control has caught up
+    SendAborted = 3073,          ///< queued message that never went out
+    TraceFailed = 3080,          ///< trace file cannot be written; traffic goes on
+    HostileBody = 3090,          ///< received message dropped, its body would only burn the host
+    Internal = 3099,             ///< a failure inside the driver, or a call that makes no sense
 };
 
 /// The short text of a code; "" for LocalClose.

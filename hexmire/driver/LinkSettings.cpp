@@ -87,20 +87,6 @@ Fault CheckTimers(const LinkSettings& settings) {
     });
 }
 
-/// Faults that raise 3070 because the link that they describe is not built.
-Fault CheckAvailable(const LinkSettings& settings) {
-    const auto type = static_cast<LinkPortType>(settings.PortType);
-    if (type != LinkPortType::Hsms && type != LinkPortType::HsmsSs) {
-        return MakeFault(LinkError::SettingOutOfRange, "port type not available");
-    }
-    const auto mode = static_cast<LinkConnectionMode>(settings.HSMSConnectionMode);
-    if (mode == LinkConnectionMode::Alternating) {
-        return MakeFault(LinkError::SettingOutOfRange,
-                         "port type not available in alternating mode");
-    }
-    return std::nullopt;
-}
-
 Fault BadAddress(std::string_view name, std::string_view value) {
     std::string details(name);
     details.append(" \"").append(value).append("\"");
@@ -109,16 +95,16 @@ Fault BadAddress(std::string_view name, std::string_view value) {
 
 bool IsUsablePort(std::int32_t port) noexcept { return port >= 1 && port <= 65'535; }
 
+/// A passive link listens, an active one connects, an alternating one does both.
 Fault CheckEndpoints(const LinkSettings& settings) {
-    const bool active =
-        settings.HSMSConnectionMode == static_cast<std::int32_t>(LinkConnectionMode::Active);
+    const auto mode = static_cast<LinkConnectionMode>(settings.HSMSConnectionMode);
     if (link::ClassifyAddress(settings.LocalIPAddress) == link::AddressKind::Bad) {
         return BadAddress("LocalIPAddress", settings.LocalIPAddress);
     }
-    if (!active) {
-        if (IsUsablePort(settings.LocalIPPort)) return std::nullopt;
+    if (mode != LinkConnectionMode::Active && !IsUsablePort(settings.LocalIPPort)) {
         return BadAddress("LocalIPPort", std::to_string(settings.LocalIPPort));
     }
+    if (mode == LinkConnectionMode::Passive) return std::nullopt;
     if (link::ClassifyAddress(settings.RemoteIPAddress) == link::AddressKind::Bad) {
         return BadAddress("RemoteIPAddress", settings.RemoteIPAddress);
     }
@@ -126,13 +112,24 @@ Fault CheckEndpoints(const LinkSettings& settings) {
     return BadAddress("RemoteIPPort", std::to_string(settings.RemoteIPPort));
 }
 
+Fault CheckSerialPort(const LinkSettings& settings) {
+    if (!settings.SerialPort.empty()) return std::nullopt;
+    return MakeFault(LinkError::SettingOutOfRange, "SerialPort \"\"");
+}
+
 }  // namespace
 
 std::optional<SettingsFault> CheckLinkSettings(const LinkSettings& settings) {
     if (Fault fault = CheckNumbers(settings)) return fault;
     if (Fault fault = CheckTimers(settings)) return fault;
-    if (Fault fault = CheckAvailable(settings)) return fault;
-    return CheckEndpoints(settings);
+    const auto type = static_cast<LinkPortType>(settings.PortType);
+    return type == LinkPortType::Serial ? CheckSerialPort(settings) : CheckEndpoints(settings);
+}
+
+LinkSettings::Milliseconds LeastSensibleT1(std::int32_t baudRate) noexcept {
+    constexpr std::int64_t kThreeCharacters = std::int64_t{30} * 1'000;  // bits, in milliseconds
+    constexpr Milliseconds kAdapterDelay = 20ms;
+    return Milliseconds((kThreeCharacters + baudRate - 1) / baudRate) + kAdapterDelay;
 }
 
 }  // namespace hexmire

@@ -97,7 +97,12 @@ struct SettingsFault {
 };
 
 /// The first fault that would keep a link with these settings from ever working; none when there is
-/// none. Addresses and ports are looked at only where the port type and mode use them.
+/// none. The name of the serial port, addresses and ports are looked at only where the port type
+/// and mode use them.
 [[nodiscard]] std::optional<SettingsFault> CheckLinkSettings(const LinkSettings& settings);
+
+/// The shortest T1 that a serial line at this speed keeps: three characters, and what adapters
+/// hold back. A shorter one is allowed, but breaks off blocks that are in order.
+[[nodiscard]] LinkSettings::Milliseconds LeastSensibleT1(std::int32_t baudRate) noexcept;
 
 }  // namespace hexmire

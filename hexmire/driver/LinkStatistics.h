@@ -82,6 +82,7 @@ struct LinkStatistics {
     Count ConnectTimeouts = 0;    ///< connect attempts that took too long
     Count ListenFailures = 0;     ///< bind or listen failures, silent repetitions included
     Count AcceptFailures = 0;     ///< failed accepts
+    Count ShortT1s = 0;           ///< serial ports opened with a T1 too short for their speed
     Count LateReads = 0;          ///< bytes were waiting when a timer for them expired
 
     // --- time-outs -------------------------------------------------------------------------------

@@ -21,6 +21,8 @@ public:
 
     [[nodiscard]] bool IsOpen() const noexcept { return descriptor_ >= 0; }
     [[nodiscard]] int Get() const noexcept { return descriptor_; }
+    /// Gives the descriptor away; none is left.
+    [[nodiscard]] int Release() noexcept { return std::exchange(descriptor_, -1); }
     /// False when the system reports that earlier writes were lost. Closing none succeeds.
     bool Close() noexcept {
         const int descriptor = std::exchange(descriptor_, -1);

@@ -60,13 +60,43 @@ TEST(LinkSettings, ShortTimersAreAllowedOnRequestButNotZero) {
     EXPECT_NE(FaultOf([](auto& s) { s.AllowShortTimers = true, s.T5 = 0ms; }), "");
 }
 
-TEST(LinkSettings, LinksThatAreNotBuiltAreRefused) {
-    for (const int type : {1, 3}) {
-        EXPECT_EQ(FaultOf([&](auto& s) { s.PortType = type; }),
-                  "3070 Setting out of range: port type not available");
+TEST(LinkSettings, EveryPortTypeGoesWithEveryMode) {
+    for (const int type : {1, 2, 3, 4}) {
+        for (const int mode : {1, 2, 3}) {
+            EXPECT_EQ(FaultOf([&](auto& s) { s.PortType = type, s.HSMSConnectionMode = mode; }), "")
+                << type << ' ' << mode;
+        }
     }
-    EXPECT_EQ(FaultOf([](auto& s) { s.HSMSConnectionMode = 3; }),
-              "3070 Setting out of range: port type not available in alternating mode");
+}
+
+TEST(LinkSettings, ASerialLinkNeedsTheNameOfAPortAndNoAddress) {
+    EXPECT_EQ(FaultOf([](auto& s) {
+                  s.PortType = 1, s.LocalIPAddress = s.RemoteIPAddress = "?";
+                  s.LocalIPPort = s.RemoteIPPort = 0;
+              }),
+              "");
+    EXPECT_EQ(FaultOf([](auto& s) { s.PortType = 1, s.SerialPort = ""; }),
+              "3070 Setting out of range: SerialPort \"\"");
+    EXPECT_EQ(FaultOf([](auto& s) { s.SerialPort = ""; }), "") << "not used over TCP";
+}
+
+TEST(LinkSettings, AnAlternatingLinkUsesBothSides) {
+    const auto fault = [](const auto& change) {
+        return FaultOf([&](auto& s) { s.HSMSConnectionMode = 3, change(s); });
+    };
+    EXPECT_EQ(fault([](auto& s) { s.LocalIPAddress = "?"; }),
+              "3056 Bad address: LocalIPAddress \"?\"");
+    EXPECT_EQ(fault([](auto& s) { s.LocalIPPort = 0; }), "3056 Bad address: LocalIPPort \"0\"");
+    EXPECT_EQ(fault([](auto& s) { s.RemoteIPAddress = "?"; }),
+              "3056 Bad address: RemoteIPAddress \"?\"");
+    EXPECT_EQ(fault([](auto& s) { s.RemoteIPPort = 65'536; }),
+              "3056 Bad address: RemoteIPPort \"65536\"");
+}
+
+TEST(LinkSettings, AT1ForASerialLineLeavesRoomForThreeCharactersAndAnAdapter) {
+    EXPECT_EQ(LeastSensibleT1(150), 220ms);
+    EXPECT_EQ(LeastSensibleT1(9600), 24ms) << "30 bits are 3.125 ms, counted as 4";
+    EXPECT_EQ(LeastSensibleT1(19200), 22ms);
 }
 
 TEST(LinkSettings, AddressesAndPortsAreLookedAtWhereTheyAreUsed) {

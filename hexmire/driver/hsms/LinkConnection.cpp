@@ -163,8 +163,9 @@ LinkMachine::Next LinkMachine::ExtraUnselected(LinkMachine& link) {
 LinkMachine::Next LinkMachine::ExtraSelected(LinkMachine& link) {
     // The caller may be our own peer, started anew: then the live link is dead, and T6 finds it
     // out.
-    if (!link.request_) link.SendRequest(SType::LinktestReq);
-    link.connector_.RefuseExtra(link.candidate_);
+    if (!link.connector_.IsCrossing(link.candidate_) && !link.request_)
+        link.SendRequest(SType::LinktestReq);
+    (void)link.connector_.OnExtraConnected(link.candidate_);
     return nullptr;
 }
 

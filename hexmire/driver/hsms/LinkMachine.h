@@ -36,6 +36,7 @@ public:
     void Open(link::TimePoint now) override;
     void Close(link::TimePoint now) override;
     [[nodiscard]] bool IsOpen() const override { return open_; }
+    [[nodiscard]] bool IsOver() const override { return state_ == &kClosed; }
     void Configure(const LinkSettings& settings, link::TimePoint now) override;
     void Send(std::span<const std::uint8_t> header,
               std::span<const std::uint8_t> body,

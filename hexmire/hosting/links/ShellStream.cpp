@@ -28,8 +28,7 @@ bool IsNotReady(const asio::error_code& error) {
 void TransportDriver::Shell::WaitForInput() {
     if (!stream_ || waitingForInput_ || readingPaused_) return;
     waitingForInput_ = true;
-    stream_->async_wait(
-        Tcp::socket::wait_read,
+    stream_->WaitForInput(
         [self = shared_from_this(), generation = generation_](const asio::error_code& error) {
             if (generation != self->generation_) return;
             self->waitingForInput_ = false;
@@ -43,13 +42,13 @@ std::size_t TransportDriver::Shell::ReadInput(link::TimePoint now) {
     std::size_t total = 0;
     for (int reads = 0; reads < kReadsPerTurn && stream_ && !readingPaused_; ++reads) {
         asio::error_code error;
-        const std::size_t count =
-            stream_->read_some(asio::buffer(input_.get(), kInputBytes), error);
+        const std::size_t count = stream_->Read(asio::buffer(input_.get(), kInputBytes), error);
         if (error) {
             if (!IsNotReady(error)) LoseStream(error, now);
             break;
         }
         total += count;
+        ourOwnUnheard_ = false;
         machine_->OnBytes({input_.get(), count}, now);
         PerformActions();
         // More only for a frame that is not complete: what is complete is told first.
@@ -59,6 +58,10 @@ std::size_t TransportDriver::Shell::ReadInput(link::TimePoint now) {
 }
 
 void TransportDriver::Shell::LoseStream(const asio::error_code& error, link::TimePoint now) {
+    // Both ends have called each other, and the peer keeps the other connection: it may have
+    // closed ours before we have come to accept its own.
+    if (ourOwnUnheard_ && acceptor_ && OfferWaitingCaller()) return;
+    ourOwnUnheard_ = false;
     if (error == asio::error::eof) {
         machine_->OnClosed(now);
     } else {
@@ -90,7 +93,7 @@ void TransportDriver::Shell::WriteOutput(link::TimePoint now) {
             offered += views[index].size();
         }
         asio::error_code error;
-        const std::size_t written = stream_->write_some(std::span(buffers).first(count), error);
+        const std::size_t written = stream_->Write(std::span(buffers).first(count), error);
         machine_->OnWritten(written, now);
         PerformActions();
         if (error && !IsNotReady(error)) {
@@ -105,8 +108,7 @@ void TransportDriver::Shell::WriteOutput(link::TimePoint now) {
 void TransportDriver::Shell::WaitForRoom() {
     if (!stream_) return;
     waitingForRoom_ = true;
-    stream_->async_wait(
-        Tcp::socket::wait_write,
+    stream_->WaitForRoom(
         [self = shared_from_this(), generation = generation_](const asio::error_code& error) {
             if (generation != self->generation_) return;
             self->waitingForRoom_ = false;
@@ -116,20 +118,13 @@ void TransportDriver::Shell::WaitForRoom() {
 }
 
 void TransportDriver::Shell::Do(const link::ShutdownSend&) {
-    asio::error_code ignored;
-    if (stream_) stream_->shutdown(Tcp::socket::shutdown_send, ignored);
+    if (stream_) stream_->ShutdownSend();
 }
 
-/// The last moment of a driver that is destroyed: what is written shall reach the peer, so nothing
-/// unread may be left, or the system would reset the connection.
+/// The last moment of a driver that is destroyed: what is written shall reach the peer.
 void TransportDriver::Shell::CloseStream() noexcept {
     if (!stream_) return;
-    asio::error_code error;
-    stream_->shutdown(Tcp::socket::shutdown_send, error);
-    error.clear();
-    while (!error) {
-        stream_->read_some(asio::buffer(input_.get(), kInputBytes), error);
-    }
+    stream_->Drain(asio::buffer(input_.get(), kInputBytes));
     stream_.reset();
 }
 

@@ -16,8 +16,13 @@ namespace hexmire {
 
 struct LinkStatistics;
 
-/// The transport driver for real links, run by an Asio loop. Port types 2 and 4 (HSMS, HSMS-SS) as
-/// active or passive side; other port types and modes are refused by OpenLink with Error 3070.
+/// The transport driver for real links, run by an Asio loop: SECS-I on a serial port and over TCP
+/// (port types 1 and 3), HSMS and HSMS-SS (2 and 4); over TCP as active, passive or alternating
+/// side. The port type that is set when OpenLink is called counts until the next OpenLink, but for
+/// changes between 2 and 4, which count from the next connection on.
+///
+/// A serial port is a path such as /dev/ttyUSB0; a name without a "/", such as COM1, is looked up
+/// in /dev.
 ///
 /// Single-threaded: it is made, called and destroyed on the thread that runs the loop. Events come
 /// from the loop, one at a time, never from inside a call; an event handler may call anything back,

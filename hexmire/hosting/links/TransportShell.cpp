@@ -1,4 +1,5 @@
 #include <hexmire/driver/hsms/LinkMachine.h>
+#include <hexmire/driver/secs1/LinkMachine.h>
 #include <hexmire/hosting/links/TransportShell.h>
 
 #include <asio/post.hpp>
@@ -25,19 +26,29 @@ constexpr auto kLongestHold = 500us;
 TransportDriver::Shell::Shell(asio::io_context& loop, SECSIServiceEvents& events, LinkSettings own)
     : loop_(loop),
       settings_(std::move(own)),
-      machine_(std::make_unique<hsms::LinkMachine>(settings_, statistics_, std::random_device{}())),
       events_(events),
       timer_(loop),
       resolver_(loop),
-      input_(std::make_unique_for_overwrite<std::uint8_t[]>(kInputBytes)) {}
+      input_(std::make_unique_for_overwrite<std::uint8_t[]>(kInputBytes)) {
+    MakeMachine();
+}
 
 void TransportDriver::Shell::Open() {
-    Call([this](link::TimePoint now) { machine_->Open(now); });
+    Call([this](link::TimePoint now) {
+        if (IsOpen()) return;
+        if (KindWanted() == kind_) return machine_->Open(now);
+        if (machine_->IsOver()) return OpenMachine(now);
+        // Another kind of link: the present one is still saying goodbye.
+        const auto fault = CheckLinkSettings(settings_);
+        if (!fault) return void(reopening_ = true);
+        events_.Push(link::RaiseError{static_cast<link::LinkError>(fault->Code), fault->Text});
+    });
 }
 
 void TransportDriver::Shell::Close() {
     Call([this](link::TimePoint now) {
         writesHeldUntil_.reset();
+        reopening_ = false;
         machine_->Close(now);
     });
 }
@@ -69,11 +80,60 @@ void TransportDriver::Shell::Destroy() noexcept {
     });
 }
 
+// --- the machine ---------------------------------------------------------------------------------
+
+/// A port type that there is not belongs to no kind of link: it changes nothing.
+TransportDriver::Shell::Kind TransportDriver::Shell::KindWanted() const noexcept {
+    switch (static_cast<LinkPortType>(settings_.PortType)) {
+        case LinkPortType::Serial:
+            return Kind::Serial;
+        case LinkPortType::Tcp:
+            return Kind::Tcp;
+        case LinkPortType::Hsms:
+        case LinkPortType::HsmsSs:
+            return Kind::Hsms;
+    }
+    return kind_;
+}
+
+/// The port type of another kind of link waits for the next opening.
+void TransportDriver::Shell::Configure(link::TimePoint now) {
+    LinkSettings settings = settings_;
+    if (KindWanted() != kind_) {
+        settings.PortType = machinePortType_;
+    } else if (settings.PortType >= 1 && settings.PortType <= 4) {
+        machinePortType_ = settings.PortType;
+    }
+    machine_->Configure(settings, now);
+}
+
+void TransportDriver::Shell::MakeMachine() {
+    kind_ = KindWanted();
+    machinePortType_ = settings_.PortType;
+    const std::uint32_t seed = std::random_device{}();
+    if (kind_ == Kind::Hsms) {
+        machine_ = std::make_unique<hsms::LinkMachine>(settings_, statistics_, seed);
+    } else {
+        machine_ = std::make_unique<secs1::LinkMachine>(settings_, statistics_, seed);
+    }
+}
+
+void TransportDriver::Shell::OpenMachine(link::TimePoint now) {
+    timers_.StopAll();
+    MakeMachine();
+    machine_->Open(now);
+}
+
 // --- turns ---------------------------------------------------------------------------------------
 
 /// Performs what the machine asks, then writes what it offers.
 void TransportDriver::Shell::Settle(link::TimePoint now) {
     PerformActions();
+    if (reopening_ && machine_->IsOver()) {
+        reopening_ = false;
+        OpenMachine(now);
+        PerformActions();
+    }
     WriteOutput(now);
     ArmTimer();
     WaitForInput();
@@ -190,7 +250,8 @@ void TransportDriver::Shell::ArmTimer() {
 
 /// Whether the wait that this timer bounds may be over without our having looked.
 bool TransportDriver::Shell::TakesLateInput(link::TimerId id) const noexcept {
-    return (id == link::TimerId::T6 || id == link::TimerId::T8) && stream_ && !readingPaused_;
+    using enum link::TimerId;
+    return (id == T1 || id == T2 || id == T6 || id == T8) && stream_ && !readingPaused_;
 }
 
 void TransportDriver::Shell::RunDueTimers() {
@@ -200,8 +261,11 @@ void TransportDriver::Shell::RunDueTimers() {
             // We were slow, not the peer.
             ++statistics_.LateReads;
             PerformActions();
-            if (timers_.IsDue(*id, now)) timers_.Restart(*id, now);
-            continue;
+            // Where T2 is still due, what has come in was nothing that the line waits for.
+            if (*id != link::TimerId::T2) {
+                if (timers_.IsDue(*id, now)) timers_.Restart(*id, now);
+                continue;
+            }
         }
         if (!timers_.IsDue(*id, now)) continue;  // the read has found the end of the connection
         timers_.Stop(*id);

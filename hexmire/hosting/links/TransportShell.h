@@ -2,6 +2,7 @@
 
 #include <hexmire/driver/ILinkMachine.h>
 #include <hexmire/driver/LinkStatistics.h>
+#include <hexmire/hosting/links/ByteStream.h>
 #include <hexmire/hosting/links/EventQueue.h>
 #include <hexmire/hosting/links/TimerQueue.h>
 #include <hexmire/hosting/links/TransportDriver.h>
@@ -36,14 +37,14 @@ public:
 
     void Open();
     void Close();
-    [[nodiscard]] bool IsOpen() const { return machine_->IsOpen(); }
+    [[nodiscard]] bool IsOpen() const { return reopening_ || machine_->IsOpen(); }
     void Send(std::span<const std::uint8_t> header, const Variant& body, std::int32_t length);
     /// Takes a setting and tells the machine.
     template <class Value>
     void Set(Value LinkSettings::*field, const std::type_identity_t<Value>& value) {
         Call([&](link::TimePoint now) {
             settings_.*field = value;
-            machine_->Configure(settings_, now);
+            Configure(now);
         });
     }
     /// Closes everything at once; nothing is raised any more.
@@ -55,9 +56,15 @@ public:
 private:
     using Tcp = asio::ip::tcp;
     static constexpr std::size_t kInputBytes = std::size_t{64} * 1024;  ///< most bytes of one read
+    /// Links that one machine carries; from one kind to another the machine changes.
+    enum class Kind : std::uint8_t { Serial, Tcp, Hsms };
     using Resolved = std::function<void(const asio::error_code&, std::vector<Tcp::endpoint>)>;
 
-    // TransportShell.cpp: turns, actions, timers, events
+    // TransportShell.cpp: the machine, turns, actions, timers, events
+    [[nodiscard]] Kind KindWanted() const noexcept;
+    void Configure(link::TimePoint now);
+    void MakeMachine();
+    void OpenMachine(link::TimePoint now);
     /// An input that comes from a call of the control: its events are raised later, by the loop.
     template <class Input>
     void Call(Input&& input) noexcept {
@@ -108,6 +115,7 @@ private:
     void Do(const link::StopListening& action);
     void Do(const link::ResumeAccepting& action);
     void Do(const link::Connect& action);
+    void Do(const link::OpenSerial& action);
     void Do(const link::StopConnecting& action);
     void Do(const link::AdoptConnection& action);
     void Do(const link::HoldConnection& action);
@@ -121,15 +129,17 @@ private:
     template <class Other>
     void Do(const Other&) {}  // events, and SendBytes: output is written when the turn settles
 
-    // ShellSockets.cpp: connections in the making
+    // ShellConnections.cpp: connections in the making
     void Resolve(const std::string& address, std::uint16_t port, Resolved done);
     void ListenAt(const asio::error_code& error, const std::vector<Tcp::endpoint>& endpoints);
     void AcceptNext();
+    void OfferCaller(Tcp::socket socket);
+    bool OfferWaitingCaller();
     void ConnectNext();
     void ConnectTo(const Tcp::endpoint& remote);
     void FailConnect(const asio::error_code& error);
-    void OfferConnection(Tcp::socket socket, bool isCaller);
-    void Adopt(std::optional<Tcp::socket>& socket);
+    void OfferConnection(Tcp::socket socket, link::Endpoints ends);
+    void Adopt(std::unique_ptr<link::IByteStream>& stream, bool isOurs);
 
     // ShellStream.cpp: the live connection
     void WaitForInput();
@@ -142,7 +152,10 @@ private:
     asio::io_context& loop_;
     LinkSettings settings_;
     LinkStatistics statistics_;
+    Kind kind_ = Kind::Hsms;  // of the machine
+    std::int32_t machinePortType_ = 0;
     std::unique_ptr<link::ILinkMachine> machine_;
+    bool reopening_ = false;  // a link of another kind is opened once the present one is gone
     link::EventQueue events_;
     std::vector<link::Action> batch_;
 
@@ -155,11 +168,11 @@ private:
     Tcp::resolver resolver_;
     std::optional<Tcp::acceptor> acceptor_;
     std::optional<Tcp::socket> connecting_;
-    std::vector<Tcp::endpoint> remotes_;  // still to try in this attempt, the next one last
-    std::optional<Tcp::endpoint> local_;  // to bind before connecting
-    std::optional<Tcp::socket> offered_;  // the machine is being asked about it
-    std::optional<Tcp::socket> held_;     // a caller that the machine has put aside
-    std::optional<Tcp::socket> stream_;
+    std::vector<Tcp::endpoint> remotes_;          // still to try in this attempt, the next one last
+    std::optional<Tcp::endpoint> local_;          // to bind before connecting
+    std::unique_ptr<link::IByteStream> offered_;  // the machine is being asked about it
+    std::unique_ptr<link::IByteStream> held_;     // a caller that the machine has put aside
+    std::unique_ptr<link::IByteStream> stream_;
     std::unique_ptr<std::uint8_t[]> input_;
 
     bool delivering_ = false;
@@ -168,6 +181,8 @@ private:
     bool waitingForInput_ = false;
     bool waitingForRoom_ = false;
     bool readingPaused_ = false;
+    bool offeredIsOurs_ = false;
+    bool ourOwnUnheard_ = false;  // we have opened the connection, and nothing has come in on it
     // While events are being raised, what their handlers send goes out together: when the last one
     // has returned, but not later than this.
     std::optional<link::TimePoint> writesHeldUntil_;

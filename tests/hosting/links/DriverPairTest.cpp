@@ -239,17 +239,6 @@ TEST_F(DriverPair, SettersTakeSecondsAndKeepExactMilliseconds) {
     EXPECT_EQ(hostEvents_.Texts.at(0), "Setting out of range: T1 = -1");
 }
 
-TEST_F(DriverPair, LinksThatAreNotBuiltAreRefusedAtOpenLink) {
-    Make();
-    for (const std::int16_t type : {std::int16_t{1}, std::int16_t{3}}) {
-        host_->PortType(type);
-        host_->OpenLink();
-        EXPECT_FALSE(host_->LinkStatus());
-    }
-    ASSERT_TRUE(rig_.RunUntil([&] { return hostEvents_.Count("Error 3070") == 2; }));
-    EXPECT_THAT(hostEvents_.Texts.at(0), testing::HasSubstr("port type not available"));
-}
-
 TEST_F(DriverPair, ASettingOfAnOpenLinkCountsAtOnceAndABadOneChangesNothing) {
     ASSERT_TRUE(Connect());
     equipment_->DeviceID(6);

@@ -1,5 +1,7 @@
 #include <hexmire/driver/Address.h>
+#include <hexmire/hosting/links/SerialStream.h>
 #include <hexmire/hosting/links/SocketOptions.h>
+#include <hexmire/hosting/links/SocketStream.h>
 #include <hexmire/hosting/links/TransportShell.h>
 
 #include <asio/error.hpp>
@@ -65,15 +67,35 @@ void TransportDriver::Shell::AcceptNext() {
         if (generation != self->listenGeneration_) return;
         self->Turn([&](link::TimePoint now) {
             if (!error) {
-                asio::error_code ignored;
-                link::PrepareStream(socket, ignored);
-                self->OfferConnection(std::move(socket), true);
+                self->OfferCaller(std::move(socket));
             } else if (error != asio::error::connection_aborted) {
                 return self->machine_->OnAcceptFailed(link::FailureOf(error), now);
             }
             if (generation == self->listenGeneration_) self->AcceptNext();
         });
     });
+}
+
+/// A caller that is gone already is none.
+void TransportDriver::Shell::OfferCaller(Tcp::socket socket) {
+    asio::error_code ignored;
+    link::PrepareStream(socket, ignored);
+    link::Endpoints ends = link::EndpointsOf(socket);
+    if (ends.RemoteAddress.empty()) return;
+    ends.IsCaller = true;
+    OfferConnection(std::move(socket), std::move(ends));
+}
+
+/// True when there was a caller and the machine has changed over to it.
+bool TransportDriver::Shell::OfferWaitingCaller() {
+    asio::error_code error;
+    acceptor_->non_blocking(true, error);
+    Tcp::socket socket(loop_);
+    acceptor_->accept(socket, error);
+    if (error) return false;
+    const std::uint64_t generation = generation_;
+    OfferCaller(std::move(socket));
+    return generation != generation_;
 }
 
 void TransportDriver::Shell::Do(const link::ResumeAccepting&) {
@@ -134,7 +156,10 @@ void TransportDriver::Shell::ConnectTo(const Tcp::endpoint& remote) {
             if (generation != self->generation_) return;
             self->Turn([&](link::TimePoint) {
                 if (failure) return self->FailConnect(failure);
-                self->OfferConnection(std::move(*self->connecting_), false);
+                Tcp::socket socket = std::move(*self->connecting_);
+                self->connecting_.reset();
+                link::Endpoints ends = link::EndpointsOf(socket);
+                self->OfferConnection(std::move(socket), std::move(ends));
             });
         });
 }
@@ -147,10 +172,22 @@ void TransportDriver::Shell::FailConnect(const asio::error_code& error) {
     machine_->OnConnectFailed(link::FailureOf(error), Now());
 }
 
-void TransportDriver::Shell::OfferConnection(Tcp::socket socket, bool isCaller) {
-    link::Endpoints ends = link::EndpointsOf(socket);
-    ends.IsCaller = isCaller;
-    offered_.emplace(std::move(socket));
+void TransportDriver::Shell::Do(const link::OpenSerial& action) {
+    link::SystemFailure failure;
+    offered_ = link::SerialStream::Open(loop_, action.Device, action.BaudRate, failure);
+    if (!offered_) return machine_->OnConnectFailed(failure, Now());
+    offeredIsOurs_ = true;
+    if (settings_.T1 < LeastSensibleT1(action.BaudRate)) ++statistics_.ShortT1s;
+    link::Endpoints ends;
+    ends.RemoteAddress = action.Device;
+    machine_->OnConnected(ends, Now());
+}
+
+// --- what becomes of a connection ----------------------------------------------------------------
+
+void TransportDriver::Shell::OfferConnection(Tcp::socket socket, link::Endpoints ends) {
+    offered_ = std::make_unique<link::SocketStream>(std::move(socket));
+    offeredIsOurs_ = !ends.IsCaller;
     machine_->OnConnected(ends, Now());
     PerformActions();
 }
@@ -162,22 +199,19 @@ void TransportDriver::Shell::Do(const link::StopConnecting&) {
     connecting_.reset();
 }
 
-void TransportDriver::Shell::Adopt(std::optional<Tcp::socket>& socket) {
+void TransportDriver::Shell::Adopt(std::unique_ptr<link::IByteStream>& stream, bool isOurs) {
     ++generation_;
     connecting_.reset();
-    stream_ = std::move(socket);
-    socket.reset();
+    stream_ = std::move(stream);
     waitingForInput_ = waitingForRoom_ = readingPaused_ = false;
+    ourOwnUnheard_ = isOurs;
 }
 
-void TransportDriver::Shell::Do(const link::AdoptConnection&) { Adopt(offered_); }
+void TransportDriver::Shell::Do(const link::AdoptConnection&) { Adopt(offered_, offeredIsOurs_); }
 
-void TransportDriver::Shell::Do(const link::HoldConnection&) {
-    held_ = std::move(offered_);
-    offered_.reset();
-}
+void TransportDriver::Shell::Do(const link::HoldConnection&) { held_ = std::move(offered_); }
 
-void TransportDriver::Shell::Do(const link::AdoptHeld&) { Adopt(held_); }
+void TransportDriver::Shell::Do(const link::AdoptHeld&) { Adopt(held_, false); }
 
 void TransportDriver::Shell::Do(const link::RefuseHeld&) { held_.reset(); }
 
