@@ -1,5 +1,3 @@
-#include <hexmire/support/HexBytes.h>
-
 #include "HsmsRig.h"
 
 #include <array>
@@ -21,28 +19,6 @@ constexpr std::array<std::string_view, 10> kNames{"Data",
                                                   "RejectReq",
                                                   "",
                                                   "SeparateReq"};
-constexpr std::array<std::string_view, link::kTimerCount> kTimers{"T1",
-                                                                  "T2",
-                                                                  "T4",
-                                                                  "LineCap",
-                                                                  "T5",
-                                                                  "T6",
-                                                                  "T7",
-                                                                  "T8",
-                                                                  "FrameCap",
-                                                                  "Linktest",
-                                                                  "ConnectTimeout",
-                                                                  "WriteStall",
-                                                                  "Linger",
-                                                                  "AcceptRetry",
-                                                                  "Crossing",
-                                                                  "ErrorWindow"};
-
-std::string Hex(unsigned value, int digits) {
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "%0*X", digits, value);
-    return text.data();
-}
 
 hsms::FrameHeader HeaderNamed(const std::string& name) {
     hsms::FrameHeader header;
@@ -67,22 +43,6 @@ hsms::FrameHeader HeaderNamed(const std::string& name) {
 }
 
 }  // namespace
-
-std::vector<std::uint8_t> HexToBytes(std::string_view hex) {
-    std::vector<std::uint8_t> bytes;
-    int high = -1;
-    for (const char one : hex) {
-        const int digit = HexDigitValue(one);
-        if (digit < 0) continue;
-        if (high < 0) {
-            high = digit;
-        } else {
-            bytes.push_back(static_cast<std::uint8_t>(high * 16 + digit));
-            high = -1;
-        }
-    }
-    return bytes;
-}
 
 std::vector<std::uint8_t> FrameBytes(std::string_view notation) {
     std::istringstream words{std::string(notation)};
@@ -121,17 +81,6 @@ std::string FrameNotation(std::span<const std::uint8_t> frame) {
         text += Hex(byte, 2);
     }
     return text;
-}
-
-link::TimerId TimerNamed(std::string_view name) {
-    for (std::size_t index = 0; index < kTimers.size(); ++index) {
-        if (kTimers[index] == name) return static_cast<link::TimerId>(index);
-    }
-    throw std::invalid_argument("no timer: " + std::string(name));
-}
-
-std::string TimerName(link::TimerId id) {
-    return std::string(kTimers.at(static_cast<std::size_t>(id)));
 }
 
 }  // namespace hexmire::test
