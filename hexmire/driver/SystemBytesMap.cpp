@@ -18,6 +18,13 @@ SystemBytesMap::Delivered SystemBytesMap::Deliver(const MessageId& received,
     return {delivered, Keep(delivered, original, now + lifetime, now)};
 }
 
+void SystemBytesMap::Renew(std::uint32_t systemBytes,
+                           std::uint32_t original,
+                           TimePoint now,
+                           TimePoint::duration lifetime) {
+    if (systemBytes >= kFirstSubstitute) (void)Keep(systemBytes, original, now + lifetime, now);
+}
+
 std::uint32_t SystemBytesMap::Original(std::uint32_t systemBytes, TimePoint now) const {
     const auto found = entries_.find(systemBytes);
     if (found == entries_.end() || found->second.Deadline <= now) return systemBytes;

@@ -36,6 +36,12 @@ public:
     [[nodiscard]] Delivered Deliver(const MessageId& received,
                                     TimePoint now,
                                     TimePoint::duration lifetime);
+    /// The way back of a primary that Deliver has given these system bytes lasts `lifetime` from
+    /// now.
+    void Renew(std::uint32_t systemBytes,
+               std::uint32_t original,
+               TimePoint now,
+               TimePoint::duration lifetime);
     /// The peer's system bytes for a reply of the control.
     [[nodiscard]] std::uint32_t Original(std::uint32_t systemBytes, TimePoint now) const;
     /// The reply is on its way: its way back is not needed any more.

@@ -22,7 +22,7 @@ Assembly::Assembly(const LinkSettings& settings,
 void Assembly::OnBlock(std::span<const std::uint8_t> block, link::TimePoint now) {
     Pause(now);
     const BlockHeader header = DecodeHeader(block.first<kHeaderBytes>());
-    if (!IsForUs(header) || IsDuplicate(header, now)) return;
+    if (!PassesRouting(header) || IsDuplicate(header, now)) return;
     auto message = Find(header);
     bool quiet = false;  // what is wrong with this block has been told
     if (message != open_.end() && header.Number != message->Last.Number + 1) {
@@ -36,11 +36,11 @@ void Assembly::OnBlock(std::span<const std::uint8_t> block, link::TimePoint now)
         if (!begun) return;
         message = *begun;
     }
-    Append(message, header, block.subspan(kHeaderBytes));
+    Append(message, header, block.subspan(kHeaderBytes), now);
 }
 
-bool Assembly::IsForUs(const BlockHeader& header) {
-    if (header.ToHost != settings_.HostRole && !settings_.IgnoreDirection) {
+bool Assembly::PassesRouting(const BlockHeader& header) {
+    if (!IsDirectionRight(header)) {
         Count(statistics_.WrongDirections, LinkError::WrongDirection, header);
         return false;
     }
@@ -81,14 +81,15 @@ std::optional<Assembly::OpenMessage> Assembly::Begin(const BlockHeader& header,
     }
     MakeRoom();
     const link::MessageId id = header.Id();
-    if (!header.IsPrimary() && !transactions_.EndByReply(id, now) && settings_.SystemBytesCheck) {
-        ++statistics_.RepliesWithoutTransaction;
-    }
+    const bool isStray = !header.IsPrimary() && !transactions_.EndByReply(id, now);
     const auto delivered = systemBytes_.Deliver(id, now, settings_.T3);
     if (delivered.SystemBytes != header.SystemBytes) ++statistics_.SystemBytesReplaced;
     if (delivered.ForgotOldest) ++statistics_.SubstitutesForgotten;
-    open_.push_back(
-        {.Last = header, .SystemBytes = delivered.SystemBytes, .Body = {}, .Left = settings_.T4});
+    open_.push_back({.Last = header,
+                     .SystemBytes = delivered.SystemBytes,
+                     .IsStray = isStray,
+                     .Body = {},
+                     .Left = settings_.T4});
     return std::prev(open_.end());
 }
 
@@ -119,19 +120,11 @@ void Assembly::MakeRoom() {
 
 void Assembly::Append(OpenMessage message,
                       const BlockHeader& header,
-                      std::span<const std::uint8_t> data) {
+                      std::span<const std::uint8_t> data,
+                      link::TimePoint now) {
     message->Last = header;
     message->Left = settings_.T4;
-    if (message->Body.size() + data.size() > settings_.MaxMessageBytes) {
-        Count(statistics_.MessagesTooLong, LinkError::MessageTooLong, header);
-        return Discard(message);
-    }
-    message->Body.insert(message->Body.end(), data.begin(), data.end());
-    openBytes_ += data.size();
-    while (openBytes_ > kMaxOpenBytes && open_.begin() != message) {
-        Count(statistics_.MessagesCrowdedOut, LinkError::TooManyOpenMessages, open_.front().Last);
-        Discard(open_.begin());
-    }
+    if (!Store(message, data)) return;
     if (header.IsLast && !PassesBodyCheck(*message)) return Discard(message);
     BlockHeader seen = header;
     seen.SystemBytes = message->SystemBytes;
@@ -139,9 +132,37 @@ void Assembly::Append(OpenMessage message,
     std::vector<std::uint8_t> bytes(head.begin(), head.end());
     bytes.insert(bytes.end(), data.begin(), data.end());
     output_.emplace_back(BlockAccepted{std::move(bytes)});
-    if (!header.IsLast) return;
+    if (header.IsLast) Complete(message, now);
+}
+
+/// False when the message had to be given up for its length or for that of all together.
+bool Assembly::Store(OpenMessage message, std::span<const std::uint8_t> data) {
+    if (message->Body.size() + data.size() > settings_.MaxMessageBytes) {
+        Count(statistics_.MessagesTooLong, LinkError::MessageTooLong, message->Last);
+        Discard(message);
+        return false;
+    }
+    while (openBytes_ + data.size() > kMaxOpenBytes) {
+        const bool isThis = open_.begin() == message;
+        Count(statistics_.MessagesCrowdedOut, LinkError::TooManyOpenMessages, open_.front().Last);
+        Discard(open_.begin());
+        if (isThis) return false;
+    }
+    message->Body.insert(message->Body.end(), data.begin(), data.end());
+    openBytes_ += data.size();
+    return true;
+}
+
+void Assembly::Complete(OpenMessage message, link::TimePoint now) {
+    if (message->IsStray && settings_.SystemBytesCheck) ++statistics_.RepliesWithoutTransaction;
+    BlockHeader seen = message->Last;
+    seen.SystemBytes = message->SystemBytes;
+    // The peer waits for its reply from now on: on a slow line a message can take longer than T3.
+    if (seen.IsPrimary()) {
+        systemBytes_.Renew(seen.SystemBytes, message->Last.SystemBytes, now, settings_.T3);
+    }
     openBytes_ -= message->Body.size();
-    output_.emplace_back(MessageComplete{head, std::move(message->Body)});
+    output_.emplace_back(MessageComplete{EncodeHeader(seen), std::move(message->Body)});
     open_.erase(message);
 }
 
@@ -186,7 +207,8 @@ std::optional<std::chrono::milliseconds> Assembly::NextT4(link::TimePoint now) c
     if (!runningSince_ || open_.empty()) return std::nullopt;
     const auto next = std::min_element(
         open_.begin(), open_.end(), [](const Open& a, const Open& b) { return a.Left < b.Left; });
-    return std::chrono::ceil<std::chrono::milliseconds>(next->Left - (now - *runningSince_));
+    return std::max(
+        std::chrono::ceil<std::chrono::milliseconds>(next->Left - (now - *runningSince_)), 0ms);
 }
 
 void Assembly::OnT4(link::TimePoint now) {

@@ -74,18 +74,27 @@ public:
 
     void TakeOutput(std::vector<AssemblyOutput>& into);
     [[nodiscard]] std::size_t OpenMessages() const noexcept { return open_.size(); }
+    [[nodiscard]] std::size_t OpenBytes() const noexcept { return openBytes_; }
+    /// Whether direction and device are ours.
+    [[nodiscard]] bool IsForUs(const BlockHeader& header) const {
+        return IsDirectionRight(header) && header.DeviceID == settings_.DeviceID;
+    }
 
 private:
     /// An unfinished message.
     struct Open {
         BlockHeader Last;           ///< of its last block, as on the line
         std::uint32_t SystemBytes;  ///< as the control sees them
+        bool IsStray;               ///< a reply to nothing that we have sent
         std::vector<std::uint8_t> Body;
         std::chrono::nanoseconds Left;  ///< of T4
     };
     using OpenMessage = std::list<Open>::iterator;
 
-    [[nodiscard]] bool IsForUs(const BlockHeader& header);
+    [[nodiscard]] bool IsDirectionRight(const BlockHeader& header) const {
+        return header.ToHost == settings_.HostRole || settings_.IgnoreDirection;
+    }
+    [[nodiscard]] bool PassesRouting(const BlockHeader& header);
     [[nodiscard]] bool IsDuplicate(const BlockHeader& header, link::TimePoint now);
     [[nodiscard]] OpenMessage Find(const BlockHeader& header);
     [[nodiscard]] std::optional<OpenMessage> Begin(const BlockHeader& header,
@@ -93,7 +102,12 @@ private:
                                                    link::TimePoint now);
     [[nodiscard]] bool GiveUpOfSameSystemBytes(const BlockHeader& header);
     void MakeRoom();
-    void Append(OpenMessage message, const BlockHeader& header, std::span<const std::uint8_t> data);
+    void Append(OpenMessage message,
+                const BlockHeader& header,
+                std::span<const std::uint8_t> data,
+                link::TimePoint now);
+    [[nodiscard]] bool Store(OpenMessage message, std::span<const std::uint8_t> data);
+    void Complete(OpenMessage message, link::TimePoint now);
     [[nodiscard]] bool PassesBodyCheck(const Open& message);
     void Discard(OpenMessage message);
     void Tell(link::LinkError code, const BlockHeader& header, std::string details = {});

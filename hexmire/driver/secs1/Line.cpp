@@ -124,7 +124,8 @@ void Line::Settle() {
     if (IsIdle() && block_) Go(&kTxEot);
 }
 
-void Line::Reset() {
+void Line::Reset(std::int32_t baudRate) {
+    baudRate_ = baudRate;
     block_.reset();
     yielded_ = false;
     Go(&kIdle);
@@ -148,10 +149,9 @@ void Line::Tell(LinkError code, std::string details, bool isSending) {
 /// T2 counts from the moment when the last byte has physically left. On a serial line the system
 /// tells only that it has taken the bytes.
 std::chrono::milliseconds Line::TimeToLeave(std::size_t bytes) const {
-    if (settings_.PortType != static_cast<std::int32_t>(LinkPortType::Serial)) return 0ms;
+    if (baudRate_ == 0) return 0ms;
     const std::int64_t bits = static_cast<std::int64_t>(bytes) * kBitsPerCharacter;
-    return std::chrono::milliseconds((bits * 1'000 + settings_.BaudRate - 1) / settings_.BaudRate) +
-           kAdapterDelay;
+    return std::chrono::milliseconds((bits * 1'000 + baudRate_ - 1) / baudRate_) + kAdapterDelay;
 }
 
 /// Writes; the answer is due within T2.
@@ -280,7 +280,7 @@ Line::Next Line::BodyBroken(Line& line) {
 
 /// Never answered before silence: what is still to come would be taken for line control.
 Line::Next Line::Drain(Line& line, std::uint8_t) {
-    if (++line.drained_ > kMaxDrained && !line.babbles_) return Babble(line);
+    if (++line.drained_ == kMaxDrained + 1 && !line.babbles_) return Babble(line);
     return nullptr;
 }
 
@@ -289,8 +289,13 @@ Line::Next Line::Silence(Line& line) {
 }
 
 Line::Next Line::Babble(Line& line) {
+    if (line.babbles_) {
+        ++line.statistics_.UnexpectedEvents;
+        return nullptr;
+    }
     ++line.statistics_.Babbles;
     line.babbles_ = true;
+    line.Stop(LineTimer::Cap);
     line.Tell(LinkError::Babble, {}, false);
     return nullptr;
 }

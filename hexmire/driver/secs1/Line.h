@@ -87,8 +87,9 @@ public:
     void Offer(std::vector<std::uint8_t> block);
     /// The end of a turn: an idle line turns to the offered block.
     void Settle();
-    /// The line is gone, and everything on it.
-    void Reset();
+    /// A new line, with nothing on it: bits per second of a serial one, 0 over TCP. What was on the
+    /// old one is gone.
+    void Reset(std::int32_t baudRate);
 
     // --- outputs ---------------------------------------------------------------------------------
     /// Swaps what was put out since the last call, oldest first, into `into`.
@@ -135,6 +136,7 @@ private:
     const LinkSettings& settings_;
     LinkStatistics& statistics_;
     const State* state_;
+    std::int32_t baudRate_ = 0;  // 0: no serial line
     std::vector<LineOutput> output_;
 
     std::optional<std::vector<std::uint8_t>> block_;  // to send

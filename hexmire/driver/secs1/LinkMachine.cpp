@@ -27,10 +27,6 @@ std::string_view LinkMachine::StateName() const noexcept {
     return "CONNECTED";
 }
 
-bool LinkMachine::IsSerial() const noexcept {
-    return settings_.PortType == static_cast<std::int32_t>(LinkPortType::Serial);
-}
-
 // --- commands ------------------------------------------------------------------------------------
 
 void LinkMachine::Open(link::TimePoint now) {
@@ -94,7 +90,9 @@ void LinkMachine::Follow(Connector::Verdict verdict) {
 }
 
 void LinkMachine::BeginSession() {
-    ResetLine();
+    // Settings may change while the connection stays what it is.
+    serial_ = settings_.PortType == static_cast<std::int32_t>(LinkPortType::Serial);
+    ResetLine(serial_ ? settings_.BaudRate : 0);
     if (!std::exchange(sessionOpen_, true)) output_.Emit(link::RaiseConnect{});
     Drive();
 }
@@ -110,14 +108,13 @@ void LinkMachine::EndSession(LinkError code, std::string_view details) {
 }
 
 void LinkMachine::DropConnection() {
-    if (!connector_.Drop()) return;
-    ResetLine();
-    reading_ = true;
+    if (connector_.Drop()) ResetLine(0);
 }
 
 /// No state of a line goes over to the next connection.
-void LinkMachine::ResetLine() {
-    line_.Reset();
+void LinkMachine::ResetLine(std::int32_t baudRate) {
+    reading_ = true;
+    line_.Reset(baudRate);
     line_.TakeOutput(lineOutput_);
     assembly_.Clear();
     for (const TimerId id : {TimerId::T1, TimerId::T2, TimerId::LineCap}) {
@@ -182,12 +179,12 @@ void LinkMachine::OnConnectFailed(const link::SystemFailure& failure, link::Time
 
 void LinkMachine::OnClosed(link::TimePoint now) {
     output_.Now(now);
-    Lose(IsSerial() ? LinkError::SerialLost : LinkError::PeerClosed, connector_.PeerText(), false);
+    Lose(serial_ ? LinkError::SerialLost : LinkError::PeerClosed, connector_.PeerText(), false);
 }
 
 void LinkMachine::OnLost(const link::SystemFailure& failure, link::TimePoint now) {
     output_.Now(now);
-    Lose(IsSerial() ? LinkError::SerialLost : LinkError::ConnectionLost,
+    Lose(serial_ ? LinkError::SerialLost : LinkError::ConnectionLost,
          link::FailureText(failure),
          false);
 }

@@ -79,9 +79,8 @@ private:
     void BeginSession();
     void EndSession(link::LinkError code, std::string_view details);
     void DropConnection();
-    void ResetLine();
+    void ResetLine(std::int32_t baudRate);
     void Lose(link::LinkError code, const std::string& details, bool foundHere);
-    [[nodiscard]] bool IsSerial() const noexcept;
 
     // LinkTraffic.cpp: messages out and in
     void RefuseSend(link::LinkError code,
@@ -103,6 +102,7 @@ private:
     void Perform(MessageFault& output);
     void TellSent(Outgoing& message);
     void TellEarly(const BlockHeader& reply);
+    [[nodiscard]] bool IsEarlyReply(const BlockHeader& reply) const;
     void AbortQueue();
     void PopMessage();
     void LineTimerExpired(LineTimer id);
@@ -116,6 +116,7 @@ private:
     State state_ = State::Closed;
     bool open_ = false;
     bool sessionOpen_ = false;  // Connect has been raised, Disconnect not yet
+    bool serial_ = false;       // the present connection is a serial line
     bool reading_ = true;       // false: paused until the control has caught up
     bool stallTimed_ = false;   // the write-stall timer runs
     std::size_t waiting_ = 0;   // received messages that the control has not yet had

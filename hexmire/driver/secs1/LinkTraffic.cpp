@@ -10,6 +10,14 @@ using link::ErrorText;
 using link::LinkError;
 using link::TimerId;
 
+namespace {
+
+/// Writes that may wait for a peer that sends without reading. One that keeps to the protocol never
+/// leaves more than two.
+constexpr std::size_t kMaxUnwritten = 64;
+
+}  // namespace
+
 // --- messages out --------------------------------------------------------------------------------
 
 void LinkMachine::Send(std::span<const std::uint8_t> header,
@@ -91,15 +99,19 @@ void LinkMachine::TellSent(Outgoing& message) {
 
 /// The peer answers a message whose last ACK we have missed: it has gone out.
 void LinkMachine::TellEarly(const BlockHeader& reply) {
-    if (reply.IsPrimary() || queue_.empty()) return;
-    Outgoing& message = queue_.front();
-    if (message.IsTold || !message.Known.IsPrimary() || !line_.HasBlock() ||
-        message.OnLine.SystemBytes != reply.SystemBytes || message.OnLine.Stream != reply.Stream ||
-        message.Sent + 1 < BlockCount(message.Body.size())) {
-        return;
-    }
+    if (!IsEarlyReply(reply)) return;
     ++statistics_.EarlyReplies;
-    TellSent(message);
+    TellSent(queue_.front());
+}
+
+bool LinkMachine::IsEarlyReply(const BlockHeader& reply) const {
+    if (!line_.HasBlock() || !assembly_.IsForUs(reply)) return false;
+    const Outgoing& message = queue_.front();
+    const BlockHeader& primary = message.OnLine;
+    const bool answers = reply.Function == 0 || reply.Function == primary.Function + 1;
+    return answers && primary.IsPrimary() && reply.Stream == primary.Stream &&
+           reply.SystemBytes == primary.SystemBytes && !message.IsTold &&
+           message.Sent + 1 == BlockCount(message.Body.size());
 }
 
 // --- the line ------------------------------------------------------------------------------------
@@ -216,17 +228,19 @@ void LinkMachine::Perform(const BlockSent&) {
 /// The whole message is dropped; the link stays, for the line knows no link to drop.
 void LinkMachine::Perform(const BlockGivenUp&) {
     const Outgoing& message = queue_.front();
-    BlockHeader header = message.OnLine;
-    header.Number = static_cast<std::uint16_t>(message.Sent + 1);
-    header.IsLast = message.Sent + 1 == BlockCount(message.Body.size());
     if (!message.IsTold) {
-        RefuseSend(LinkError::RetriesExceeded, header, statistics_.MessagesGivenUp);
+        ++statistics_.MessagesGivenUp;
+        Raise(LinkError::RetriesExceeded,
+              ErrorText(LinkError::RetriesExceeded,
+                        "block " + std::to_string(message.Sent + 1) + " of " +
+                            std::to_string(BlockCount(message.Body.size())),
+                        EncodeHeader(message.Known)));
     }
     PopMessage();
 }
 
 void LinkMachine::Perform(const LineFault& output) {
-    if (output.Code == LinkError::Babble && !IsSerial()) {
+    if (output.Code == LinkError::Babble && !serial_) {
         return Lose(LinkError::Babble, output.Details, true);
     }
     // The attempts of a block are told one by one only when somebody traces; what counts is
@@ -253,7 +267,7 @@ void LinkMachine::Perform(MessageFault& output) {
 /// T4 counts the time in which the peer could have sent.
 void LinkMachine::UpdateT4() {
     const link::TimePoint now = output_.Now();
-    if (state_ == State::Connected && line_.IsIdle() && !line_.HasBlock()) {
+    if (state_ == State::Connected && reading_ && line_.IsIdle() && !line_.HasBlock()) {
         assembly_.Resume(now);
     } else {
         assembly_.Pause(now);
@@ -266,16 +280,21 @@ void LinkMachine::UpdateT4() {
 }
 
 /// Back-pressure: a control that lags behind gets no more blocks. The line stops between two
-/// blocks, where nothing is owed to the peer.
+/// blocks, where nothing is owed to the peer, unless the peer leaves no such moment. Nor is a peer
+/// read that does not read itself.
 void LinkMachine::UpdateReading() {
+    const std::size_t most = settings_.MaxWaitingMessages;
     if (reading_) {
-        if (waiting_ < settings_.MaxWaitingMessages || !line_.IsIdle()) return;
+        const bool lags = waiting_ >= most && (line_.IsIdle() || waiting_ >= 2 * most);
+        if (!lags && writing_.size() < kMaxUnwritten) return;
         reading_ = false;
         ++statistics_.ReadingPauses;
         output_.Emit(link::PauseReading{});
         Raise(LinkError::ReceiveBacklog,
-              ErrorText(LinkError::ReceiveBacklog, std::to_string(waiting_) + " messages wait"));
-    } else if (waiting_ <= settings_.MaxWaitingMessages / 2) {
+              ErrorText(LinkError::ReceiveBacklog,
+                        lags ? std::to_string(waiting_) + " messages wait"
+                             : std::to_string(writing_.size()) + " writes wait"));
+    } else if (waiting_ <= most / 2 && writing_.size() <= kMaxUnwritten / 2) {
         reading_ = true;
         output_.Emit(link::ResumeReading{});
     }
