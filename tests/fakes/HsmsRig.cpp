@@ -17,7 +17,8 @@ std::vector<std::uint8_t> AsFrame(const link::HeaderBytes& header,
 
 }  // namespace
 
-HsmsRig::HsmsRig(const LinkSettings& settings) : LinkRig(machine_), machine_(settings, Counts()) {}
+HsmsRig::HsmsRig(const LinkSettings& settings)
+    : MachineRig(machine_), machine_(settings, Counts()) {}
 
 LinkSettings HsmsRig::Settings(std::int32_t portType, bool active) {
     LinkSettings settings;

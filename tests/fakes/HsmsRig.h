@@ -2,7 +2,7 @@
 
 #include <hexmire/driver/hsms/LinkMachine.h>
 
-#include "LinkRig.h"
+#include "MachineRig.h"
 
 #include <cstdint>
 #include <span>
@@ -21,7 +21,7 @@ namespace hexmire::test {
 /// FRAME is "SelectReq FFFF 00000001", "SelectRsp.1 FFFF 00000001" (byte 3 behind the dot),
 /// "RejectReq.4 FFFF 00000001", or data "S1F1W 0005 00000007 0100" with an optional body. The
 /// machine answers with "tx FRAME", "Sent S1F1W 0005 00000007", "Received ...".
-class HsmsRig final : public LinkRig {
+class HsmsRig final : public MachineRig {
 public:
     explicit HsmsRig(const LinkSettings& settings);
 

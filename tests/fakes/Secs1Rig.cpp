@@ -3,7 +3,7 @@
 namespace hexmire::test {
 
 Secs1Rig::Secs1Rig(const LinkSettings& settings)
-    : LinkRig(machine_), machine_(settings, Counts()) {}
+    : MachineRig(machine_), machine_(settings, Counts()) {}
 
 LinkSettings Secs1Rig::Settings(std::int32_t portType, bool host) {
     LinkSettings settings;

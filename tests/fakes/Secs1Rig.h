@@ -2,7 +2,7 @@
 
 #include <hexmire/driver/secs1/LinkMachine.h>
 
-#include "LinkRig.h"
+#include "MachineRig.h"
 
 #include <cstdint>
 #include <span>
@@ -27,7 +27,7 @@ namespace hexmire::test {
 ///
 /// The machine answers with "tx ENQ", "tx BLOCK", "Sent ...", "Block ...", "Received ...", the last
 /// three as blocks, Sent and Received with the number of the last block.
-class Secs1Rig final : public LinkRig {
+class Secs1Rig final : public MachineRig {
 public:
     explicit Secs1Rig(const LinkSettings& settings);
 

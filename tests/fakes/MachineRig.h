@@ -30,11 +30,11 @@ namespace hexmire::test {
 /// What the machine does comes back as lines of the same kind: "start T7 10000", "stop T7",
 /// "connect 10.0.0.2:5000", "hold", "close", "Connect", "Disconnect 3035", "Error 3006". The rigs
 /// of the protocols add their own lines for what is sent and received.
-class LinkRig {
+class MachineRig {
 public:
-    LinkRig(const LinkRig&) = delete;
-    LinkRig& operator=(const LinkRig&) = delete;
-    virtual ~LinkRig() = default;
+    MachineRig(const MachineRig&) = delete;
+    MachineRig& operator=(const MachineRig&) = delete;
+    virtual ~MachineRig() = default;
 
     /// Does one line; the result is what the machine did, timers apart, joined by "; ".
     std::string Do(std::string_view line);
@@ -62,7 +62,7 @@ public:
 
 protected:
     /// The machine is a member of the rig that is derived, made with Counts().
-    explicit LinkRig(link::ILinkMachine& machine);
+    explicit MachineRig(link::ILinkMachine& machine);
 
     /// A line that only this protocol knows; false when it does not know it either.
     virtual bool ExecuteOwn(const std::string& word, const std::string& rest) = 0;

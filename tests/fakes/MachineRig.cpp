@@ -1,4 +1,4 @@
-#include "LinkRig.h"
+#include "MachineRig.h"
 
 #include <hexmire/support/HexBytes.h>
 
@@ -42,15 +42,16 @@ constexpr std::array<std::string_view, link::kTimerCount> kTimers{"T1",
 
 }  // namespace
 
-LinkRig::LinkRig(link::ILinkMachine& machine) : machine_(machine), now_(std::chrono::hours(1)) {}
+MachineRig::MachineRig(link::ILinkMachine& machine)
+    : machine_(machine), now_(std::chrono::hours(1)) {}
 
-std::string LinkRig::Do(std::string_view line) {
+std::string MachineRig::Do(std::string_view line) {
     lines_.clear();
     Execute(line);
     return Take();
 }
 
-std::string LinkRig::Do(const std::vector<std::string>& lines) {
+std::string MachineRig::Do(const std::vector<std::string>& lines) {
     std::string last;
     for (const std::string& line : lines) {
         last = Do(line);
@@ -58,13 +59,13 @@ std::string LinkRig::Do(const std::vector<std::string>& lines) {
     return last;
 }
 
-std::string LinkRig::Take() {
+std::string MachineRig::Take() {
     std::string text = Join(lines_);
     lines_.clear();
     return text;
 }
 
-std::string LinkRig::Timers() const {
+std::string MachineRig::Timers() const {
     std::vector<std::string> running;
     for (const auto& [id, timer] : timers_) {
         running.push_back(TimerName(id) + ":" + std::to_string(timer.Delay.count()));
@@ -74,24 +75,24 @@ std::string LinkRig::Timers() const {
     return text;
 }
 
-void LinkRig::Feed(std::span<const std::uint8_t> bytes) {
+void MachineRig::Feed(std::span<const std::uint8_t> bytes) {
     machine_.OnBytes(bytes, now_);
     Settle();
 }
 
-void LinkRig::Configure(const LinkSettings& settings) {
+void MachineRig::Configure(const LinkSettings& settings) {
     machine_.Configure(settings, now_);
     Settle();
 }
 
-void LinkRig::Execute(std::string_view line) {
+void MachineRig::Execute(std::string_view line) {
     const std::size_t blank = std::min(line.find(' '), line.size());
     ExecuteWord(std::string(line.substr(0, blank)),
                 std::string(line.substr(std::min(blank + 1, line.size()))));
     Settle();
 }
 
-void LinkRig::ExecuteWord(const std::string& word, const std::string& rest) {
+void MachineRig::ExecuteWord(const std::string& word, const std::string& rest) {
     const auto number = [&rest] { return std::stoul(rest); };
     if (word == "open") return machine_.Open(now_);
     if (word == "close") return machine_.Close(now_);
@@ -115,7 +116,7 @@ void LinkRig::ExecuteWord(const std::string& word, const std::string& rest) {
     throw std::invalid_argument("no such line: " + word);
 }
 
-bool LinkRig::ExecuteConnection(const std::string& word, const std::string& rest) {
+bool MachineRig::ExecuteConnection(const std::string& word, const std::string& rest) {
     const auto failure = [&](bool permanent = false) {
         trying_ = false;
         return link::SystemFailure{
@@ -150,7 +151,7 @@ bool LinkRig::ExecuteConnection(const std::string& word, const std::string& rest
     return true;
 }
 
-void LinkRig::Advance(milliseconds duration) {
+void MachineRig::Advance(milliseconds duration) {
     const link::TimePoint end = now_ + duration;
     for (;;) {
         const auto next = std::min_element(
@@ -168,7 +169,7 @@ void LinkRig::Advance(milliseconds duration) {
 }
 
 /// Performs actions until there are none, and writes what is offered unless writes are blocked.
-void LinkRig::Settle() {
+void MachineRig::Settle() {
     std::vector<link::Action> actions;
     bool tried = false;
     for (;;) {
@@ -190,7 +191,7 @@ void LinkRig::Settle() {
 }
 
 /// Shows the writes that the machine has just announced, and checks that they are whole.
-void LinkRig::ShowOutput(std::size_t count) {
+void MachineRig::ShowOutput(std::size_t count) {
     std::vector<std::span<const std::uint8_t>> views(16);
     std::size_t filled = machine_.Output(views);
     while (filled == views.size()) {
@@ -208,7 +209,7 @@ void LinkRig::ShowOutput(std::size_t count) {
     shown_ += count;
 }
 
-void LinkRig::Show(const link::Action& action) {
+void MachineRig::Show(const link::Action& action) {
     const auto told = [&](const std::string& kind, link::LinkError code, const std::string& text) {
         LastText = text;
         Add(kind + " " + std::to_string(static_cast<int>(code)) +
@@ -290,7 +291,7 @@ void LinkRig::Show(const link::Action& action) {
                action);
 }
 
-void LinkRig::Check() {
+void MachineRig::Check() {
     using enum link::TimerId;
     for (const link::TimerId id :
          {T1, T2, T4, LineCap, T6, T7, T8, FrameCap, Linktest, WriteStall, Linger}) {
