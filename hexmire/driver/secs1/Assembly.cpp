@@ -79,7 +79,7 @@ std::optional<Assembly::OpenMessage> Assembly::Begin(const BlockHeader& header,
         if (!quiet) Tell(LinkError::NotAFirstBlock, header);
         return std::nullopt;
     }
-    MakeRoom();
+    MakeRoom(header);
     const link::MessageId id = header.Id();
     const bool isStray = !header.IsPrimary() && !transactions_.EndByReply(id, now);
     const auto delivered = systemBytes_.Deliver(id, now, settings_.T3);
@@ -105,12 +105,12 @@ bool Assembly::GiveUpOfSameSystemBytes(const BlockHeader& header) {
 }
 
 /// With the interleave check there is one unfinished message at most; without, they are bounded.
-void Assembly::MakeRoom() {
+void Assembly::MakeRoom(const BlockHeader& next) {
     while (settings_.InterleaveCheck && !open_.empty()) {
         Count(statistics_.InterleavedMessages, LinkError::Interleaved, open_.front().Last);
         Discard(open_.begin());
     }
-    while (open_.size() >= kMaxOpenMessages) {
+    while (open_.size() >= kMaxOpenMessages && !next.IsLast) {
         Count(statistics_.MessagesCrowdedOut, LinkError::TooManyOpenMessages, open_.front().Last);
         Discard(open_.begin());
     }

@@ -101,7 +101,7 @@ private:
                                                    bool quiet,
                                                    link::TimePoint now);
     [[nodiscard]] bool GiveUpOfSameSystemBytes(const BlockHeader& header);
-    void MakeRoom();
+    void MakeRoom(const BlockHeader& next);
     void Append(OpenMessage message,
                 const BlockHeader& header,
                 std::span<const std::uint8_t> data,
