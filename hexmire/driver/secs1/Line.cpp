@@ -36,7 +36,7 @@ const Line::State Line::kTxEot{
 
 const Line::State Line::kTxAck{
     .Name = "TX_ACK",
-    .Enter = [](Line& line) { line.Await(*line.block_); },
+    .Enter = [](Line& line) { line.BeginBlock(); },
     .Exit = [](Line& line) { line.EndWait(); },
     .OnByte = &AwaitAck,
     .OnT2 = &NoAck,
@@ -95,8 +95,9 @@ void Line::OnBytes(std::span<const std::uint8_t> bytes) {
 }
 
 void Line::OnWritten() {
-    if (awaited_ == 0) return;
-    Start(LineTimer::T2, settings_.T2 + TimeToLeave(std::exchange(awaited_, 0)));
+    const std::size_t bytes = std::exchange(unwritten_, 0);
+    if (!std::exchange(awaits_, false)) return;
+    Start(LineTimer::T2, settings_.T2 + TimeToLeave(bytes));
 }
 
 void Line::OnTimer(LineTimer id) {
@@ -117,6 +118,7 @@ void Line::OnTimer(LineTimer id) {
 
 void Line::Offer(std::vector<std::uint8_t> block) {
     block_ = std::move(block);
+    wasOut_ = false;
     retries_ = 0;
 }
 
@@ -129,6 +131,7 @@ void Line::Reset(std::int32_t baudRate) {
     block_.reset();
     yielded_ = false;
     Go(&kIdle);
+    unwritten_ = 0;
 }
 
 void Line::TakeOutput(std::vector<LineOutput>& into) {
@@ -139,6 +142,7 @@ void Line::TakeOutput(std::vector<LineOutput>& into) {
 // --- what the cells share ------------------------------------------------------------------------
 
 void Line::Write(std::vector<std::uint8_t> bytes) {
+    unwritten_ += bytes.size();
     output_.emplace_back(WriteLine{std::move(bytes)});
 }
 
@@ -156,13 +160,18 @@ std::chrono::milliseconds Line::TimeToLeave(std::size_t bytes) const {
 
 /// Writes; the answer is due within T2.
 void Line::Await(std::vector<std::uint8_t> bytes) {
-    awaited_ = bytes.size();
+    awaits_ = true;
     Write(std::move(bytes));
 }
 
 void Line::EndWait() {
     // A write that is not told yet must not start T2 for a wait that is over.
-    if (std::exchange(awaited_, 0) == 0) Stop(LineTimer::T2);
+    if (!std::exchange(awaits_, false)) Stop(LineTimer::T2);
+}
+
+void Line::BeginBlock() {
+    wasOut_ = true;
+    Await(*block_);
 }
 
 void Line::BeginDrain() {

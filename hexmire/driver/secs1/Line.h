@@ -6,6 +6,7 @@
 #include <hexmire/driver/LinkStatistics.h>
 #include <hexmire/driver/secs1/Block.h>
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -24,6 +25,7 @@ enum class LineTimer : std::uint8_t {
     T2,   ///< protocol: EOT after our ENQ, ACK after our block, length byte after our EOT
     Cap,  ///< longest wait for silence on a line that babbles
 };
+inline constexpr std::array kLineTimers{LineTimer::T1, LineTimer::T2, LineTimer::Cap};
 
 // What the line asks of its owner and tells it. Plain values, comparable in tests, in their order.
 
@@ -95,6 +97,8 @@ public:
     /// Swaps what was put out since the last call, oldest first, into `into`.
     void TakeOutput(std::vector<LineOutput>& into);
     [[nodiscard]] bool HasBlock() const noexcept { return block_.has_value(); }
+    /// The offered block has gone out at least once: the peer may have it, its ACK being lost.
+    [[nodiscard]] bool WasBlockOut() const noexcept { return HasBlock() && wasOut_; }
     [[nodiscard]] bool IsIdle() const noexcept { return state_ == &kIdle; }
     /// Name of the present row of the state table.
     [[nodiscard]] std::string_view StateName() const noexcept;
@@ -114,6 +118,7 @@ private:
 
     void Await(std::vector<std::uint8_t> bytes);
     void EndWait();
+    void BeginBlock();
     void BeginDrain();
     static Next Idle(Line& line, std::uint8_t byte);
     static Next AwaitEot(Line& line, std::uint8_t byte);
@@ -141,9 +146,11 @@ private:
 
     std::optional<std::vector<std::uint8_t>> block_;  // to send
     std::int32_t retries_ = 0;                        // of that block
+    bool wasOut_ = false;                             // it has been written, whatever came of it
     bool yielded_ = false;            // it waits for a block of the peer that came in between
     bool discardRest_ = false;        // what is left of the read is not for us
-    std::size_t awaited_ = 0;         // bytes of the write after which T2 starts; 0: none
+    std::size_t unwritten_ = 0;       // bytes of the writes that are not told to have left
+    bool awaits_ = false;             // T2 starts when they have left
     std::vector<std::uint8_t> body_;  // header, data and checksum as far as received
     std::size_t length_ = 0;          // that the length byte announced
     std::size_t drained_ = 0;

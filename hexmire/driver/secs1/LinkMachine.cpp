@@ -117,8 +117,8 @@ void LinkMachine::ResetLine(std::int32_t baudRate) {
     line_.Reset(baudRate);
     line_.TakeOutput(lineOutput_);
     assembly_.Clear();
-    for (const TimerId id : {TimerId::T1, TimerId::T2, TimerId::LineCap}) {
-        output_.Stop(id);
+    for (const LineTimer id : kLineTimers) {
+        Perform(StopLineTimer{id});
     }
     UpdateT4();
     if (std::exchange(stallTimed_, false)) output_.Stop(TimerId::WriteStall);

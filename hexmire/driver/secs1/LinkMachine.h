@@ -9,6 +9,8 @@
 #include <hexmire/driver/secs1/Assembly.h>
 #include <hexmire/driver/secs1/Line.h>
 
+#include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -125,6 +127,8 @@ private:
     link::SystemBytesMap systemBytes_;
     Line line_;
     Assembly assembly_;
+    /// Those of the line's timers that run, or stand still while reading is paused.
+    std::array<std::optional<std::chrono::milliseconds>, kLineTimers.size()> lineTimers_;
     std::optional<link::TimePoint> t4Deadline_;  // for which TimerId::T4 runs
 
     std::deque<Outgoing> queue_;

@@ -16,6 +16,11 @@ namespace {
 /// leaves more than two.
 constexpr std::size_t kMaxUnwritten = 64;
 
+constexpr TimerId IdOf(LineTimer id) {
+    constexpr std::array kTimers{TimerId::T1, TimerId::T2, TimerId::LineCap};
+    return kTimers.at(static_cast<std::size_t>(id));
+}
+
 }  // namespace
 
 // --- messages out --------------------------------------------------------------------------------
@@ -105,7 +110,7 @@ void LinkMachine::TellEarly(const BlockHeader& reply) {
 }
 
 bool LinkMachine::IsEarlyReply(const BlockHeader& reply) const {
-    if (!line_.HasBlock() || !assembly_.IsForUs(reply)) return false;
+    if (!line_.WasBlockOut() || !assembly_.IsForUs(reply)) return false;
     const Outgoing& message = queue_.front();
     const BlockHeader& primary = message.OnLine;
     const bool answers = reply.Function == 0 || reply.Function == primary.Function + 1;
@@ -125,6 +130,7 @@ void LinkMachine::OnBytes(std::span<const std::uint8_t> bytes, link::TimePoint n
 }
 
 void LinkMachine::LineTimerExpired(LineTimer id) {
+    lineTimers_.at(static_cast<std::size_t>(id)).reset();
     if (state_ != State::Connected) {
         ++statistics_.UnexpectedEvents;
         return;
@@ -199,13 +205,13 @@ void LinkMachine::Perform(const WriteLine& output) {
 }
 
 void LinkMachine::Perform(const StartLineTimer& output) {
-    constexpr std::array kTimers{TimerId::T1, TimerId::T2, TimerId::LineCap};
-    output_.Start(kTimers.at(static_cast<std::size_t>(output.Id)), output.Delay);
+    lineTimers_.at(static_cast<std::size_t>(output.Id)) = output.Delay;
+    if (reading_) output_.Start(IdOf(output.Id), output.Delay);
 }
 
 void LinkMachine::Perform(const StopLineTimer& output) {
-    constexpr std::array kTimers{TimerId::T1, TimerId::T2, TimerId::LineCap};
-    output_.Stop(kTimers.at(static_cast<std::size_t>(output.Id)));
+    lineTimers_.at(static_cast<std::size_t>(output.Id)).reset();
+    output_.Stop(IdOf(output.Id));
 }
 
 void LinkMachine::Perform(const BlockReceived& output) {
@@ -279,17 +285,20 @@ void LinkMachine::UpdateT4() {
     left ? output_.Start(TimerId::T4, *left) : output_.Stop(TimerId::T4);
 }
 
-/// Back-pressure: a control that lags behind gets no more blocks. The line stops between two
-/// blocks, where nothing is owed to the peer, unless the peer leaves no such moment. Nor is a peer
-/// read that does not read itself.
+/// Back-pressure: a control that lags behind gets no more blocks, and a peer that does not read is
+/// not read either. Nobody is blamed for what is not read: the line's timers begin again
+/// afterwards.
 void LinkMachine::UpdateReading() {
     const std::size_t most = settings_.MaxWaitingMessages;
     if (reading_) {
-        const bool lags = waiting_ >= most && (line_.IsIdle() || waiting_ >= 2 * most);
+        const bool lags = waiting_ >= most;
         if (!lags && writing_.size() < kMaxUnwritten) return;
         reading_ = false;
         ++statistics_.ReadingPauses;
         output_.Emit(link::PauseReading{});
+        for (const LineTimer id : kLineTimers) {
+            output_.Stop(IdOf(id));
+        }
         Raise(LinkError::ReceiveBacklog,
               ErrorText(LinkError::ReceiveBacklog,
                         lags ? std::to_string(waiting_) + " messages wait"
@@ -297,6 +306,10 @@ void LinkMachine::UpdateReading() {
     } else if (waiting_ <= most / 2 && writing_.size() <= kMaxUnwritten / 2) {
         reading_ = true;
         output_.Emit(link::ResumeReading{});
+        for (const LineTimer id : kLineTimers) {
+            const auto delay = lineTimers_.at(static_cast<std::size_t>(id));
+            if (delay) output_.Start(IdOf(id), *delay);
+        }
     }
 }
 
