@@ -120,21 +120,23 @@ bool Connector::Drop() {
     if (!connecting_ && !connected_) return false;
     output_.Emit(CloseConnection{});
     connecting_ = connected_ = false;
-    lastEnd_ = output_.Now();
-    spread_ = 0ms;
+    EndAttempt();
     return true;
 }
 
-/// Our own attempt came to nothing. Two alternating ends that keep the same pace would meet again
-/// and again.
 Connector::Verdict Connector::AttemptEnded() {
     connecting_ = false;
+    EndAttempt();
+    return held_ ? AdoptHeldCaller() : Verdict::Again;
+}
+
+/// T5 counts from here. Two alternating ends that keep the same pace would meet again and again.
+void Connector::EndAttempt() {
     lastEnd_ = output_.Now();
-    if (held_) return AdoptHeldCaller();
-    if (!IsAlternating()) return Verdict::Again;
+    spread_ = 0ms;
+    if (!IsAlternating()) return;
     const auto most = static_cast<std::minstd_rand::result_type>(settings_.T5.count() / 2);
     spread_ = std::chrono::milliseconds(random_() % (most + 1));
-    return Verdict::Again;
 }
 
 // --- failures ------------------------------------------------------------------------------------
@@ -151,7 +153,8 @@ void Connector::OnListenFailed(const SystemFailure& failure) {
     }
     listening_.reset();
     // Alternating: the end of the attempt under way, or the T5 that runs, leads here again.
-    if (!Connects()) output_.Start(TimerId::T5, settings_.T5);
+    // A live connection leads here when it ends.
+    if (!Connects() && !connected_) output_.Start(TimerId::T5, settings_.T5);
 }
 
 void Connector::OnAcceptFailed(const SystemFailure& failure) {
@@ -248,6 +251,7 @@ Connector::Verdict Connector::TakeCaller(const Endpoints& ends) {
 /// Our own attempt is still open: the peer cannot be waiting for it, so the caller is taken.
 Connector::Verdict Connector::OnCrossingTimeout() {
     if (!held_) return Verdict::Refused;
+    ++statistics_.CrossingsResolved;
     output_.Emit(StopConnecting{});
     connecting_ = false;
     return AdoptHeldCaller();
@@ -276,7 +280,8 @@ void Connector::SetLive(const Endpoints& ends, bool opener) {
 /// The peer's call may be accepted some time after ours has come through.
 bool Connector::IsCrossing(const Endpoints& ends) const {
     return IsAlternating() && opener_ && ends.IsCaller &&
-           ends.RemoteAddress == ends_.RemoteAddress && output_.Now() - upSince_ < kCrossingWait;
+           ends.RemoteAddress == ends_.RemoteAddress &&
+           (!heard_ || output_.Now() - upSince_ < kCrossingWait);
 }
 
 bool Connector::OnExtraConnected(const Endpoints& ends) {

@@ -87,6 +87,7 @@ private:
     void BeginListening();
     void BeginConnect();
     Verdict AttemptEnded();
+    void EndAttempt();
     Verdict AdoptHeldCaller();
     Verdict AdoptOwn(const Endpoints& ends);
     Verdict TakeCaller(const Endpoints& ends);

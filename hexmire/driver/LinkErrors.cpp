@@ -11,7 +11,7 @@ namespace {
 
 using enum LinkError;
 
-constexpr std::array<std::pair<LinkError, std::string_view>, 51> kTexts{{
+constexpr std::array<std::pair<LinkError, std::string_view>, 52> kTexts{{
     {LocalClose, ""},
     {T1, "T1 time-out, block incomplete"},
     {T2, "T2 time-out"},
@@ -36,6 +36,7 @@ constexpr std::array<std::pair<LinkError, std::string_view>, 51> kTexts{{
     {MessageTooLong, "Message too long"},
     {SelectRefused, "Select refused by peer"},
     {SelectRefusedByUs, "Select.req refused"},
+    {DeselectRefused, "Deselect refused by peer"},
     {RejectReceived, "Reject.req received"},
     {RejectSent, "Reject.req sent"},
     {Separated, "Separate.req received"},

@@ -34,6 +34,7 @@ enum class LinkError : std::int32_t {
     MessageTooLong = 3029,       ///< message longer than the limit
     SelectRefused = 3030,        ///< the peer answered our Select.req with a bad status
     SelectRefusedByUs = 3031,    ///< we answered a Select.req with a status other than 0
+    DeselectRefused = 3032,      ///< the peer answered our Deselect.req with a bad status
     RejectReceived = 3033,       ///< Reject.req from the peer
     RejectSent = 3034,           ///< Reject.req from us
     Separated = 3035,            ///< Separate.req from the peer

@@ -68,6 +68,9 @@ struct LinkSettings {  // NOLINT(clang-analyzer-optin.performance.Padding)
     bool IgnoreDirection = false;
     /// Numeric addresses that may call a passive port; empty: anybody.
     std::vector<std::string> AllowedCallers;
+    /// Port type 2: true ends a session by Deselect.req and closes the connection when the peer has
+    /// answered; false by Separate.req, which nobody answers.
+    bool DeselectOnClose = false;
     /// Quiet time after which a Linktest.req is sent [0..86 400 000] ms; 0: none is ever sent.
     Milliseconds LinktestInterval{30'000};
     /// Longest time that one frame may take to arrive [1..86 400 000] ms: it stops a peer that

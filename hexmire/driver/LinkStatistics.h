@@ -63,6 +63,8 @@ struct LinkStatistics {
     Count SelectsOfForeignSession = 0;    ///< port type 2: answered with status 4
     Count SelectsFromPassiveSide = 0;     ///< the passive side selected; accepted
     Count SimultaneousSelects = 0;        ///< both sides selected at once
+    Count SelectsRefused = 0;             ///< our Select.req was answered with a bad status
+    Count DeselectsRefused = 0;           ///< port type 2: our Deselect.req was, too
     Count DeselectsNotSupported = 0;      ///< port type 4: answered by Reject 1
     Count DeselectsWhileNotSelected = 0;  ///< port type 2: answered with status 1
     Count SeparatesWhileNotSelected = 0;  ///< ignored

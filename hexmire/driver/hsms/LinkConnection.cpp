@@ -15,6 +15,8 @@ namespace {
 /// A local close: how long the last frames may take to be written, then how long the peer's own
 /// close is waited for. Closing earlier could destroy our last bytes at the peer.
 constexpr std::chrono::milliseconds kLingerStep{1'000};
+/// A local close as a whole, an unanswered Deselect.req included.
+constexpr std::chrono::milliseconds kLongestClose{2'000};
 
 }  // namespace
 
@@ -105,14 +107,27 @@ void LinkMachine::BeginSession() {
     Emit(link::RaiseConnect{});
 }
 
+void LinkMachine::BeginDeselecting() {
+    connector_.StopListening();
+    FinishRequest();
+    Start(TimerId::Linger, RestOfClose());
+    SendRequest(SType::DeselectReq);
+    UpdateReading();
+}
+
 void LinkMachine::BeginLinger() {
     connector_.StopListening();
     FinishRequest();
     StopFrameTimers();
     if (!std::exchange(reading_, true)) Emit(link::ResumeReading{});
     shutDown_ = false;
-    Start(TimerId::Linger, kLingerStep);
+    Start(TimerId::Linger, std::min(kLingerStep, RestOfClose()));
     (void)LingerStep(*this);
+}
+
+std::chrono::milliseconds LinkMachine::RestOfClose() {
+    if (!closeBy_) closeBy_ = output_.Now() + kLongestClose;
+    return std::chrono::ceil<std::chrono::milliseconds>(*closeBy_ - output_.Now());
 }
 
 void LinkMachine::DropConnection() {
@@ -124,6 +139,7 @@ void LinkMachine::ResetStream() {
     FinishRequest();
     StopFrameTimers();
     if (std::exchange(stallTimed_, false)) Stop(TimerId::WriteStall);
+    closeBy_.reset();
     parser_.Reset();
     queue_.Clear();
 }
@@ -227,7 +243,8 @@ LinkMachine::Next LinkMachine::LoseEnding(LinkMachine& link, const Loss&) {
     return LingerOver(link);
 }
 
-LinkMachine::Next LinkMachine::Separate(LinkMachine& link) {
+LinkMachine::Next LinkMachine::EndInOrder(LinkMachine& link) {
+    if (link.settings_.DeselectOnClose && !link.singleSession_) return &kDeselecting;
     link.SendControl(
         ControlHeader(SType::SeparateReq, link.ControlSession(), link.NextSystemBytes()));
     return &kEnding;
@@ -237,7 +254,7 @@ LinkMachine::Next LinkMachine::LingerStep(LinkMachine& link) {
     if (link.shutDown_ || !link.queue_.IsEmpty()) return nullptr;
     link.shutDown_ = true;
     link.Emit(link::ShutdownSend{});
-    link.Start(TimerId::Linger, kLingerStep);
+    link.Start(TimerId::Linger, std::min(kLingerStep, link.RestOfClose()));
     return nullptr;
 }
 

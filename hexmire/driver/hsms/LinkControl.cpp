@@ -118,6 +118,7 @@ LinkMachine::Next LinkMachine::SelectAnswered(LinkMachine& link, const FrameHead
     if (!link.Answers(SType::SelectReq, header)) return UnwantedResponse(link, header);
     link.FinishRequest();
     if (IsAcceptance(header)) return &kSelected;
+    ++link.statistics_.SelectsRefused;
     link.Raise(LinkError::SelectRefused,
                ErrorText(LinkError::SelectRefused, NumberText("status", header.Byte3)));
     return AfterLink(link);
@@ -127,6 +128,7 @@ LinkMachine::Next LinkMachine::LateSelectAnswered(LinkMachine& link, const Frame
     if (!link.Answers(SType::SelectReq, header)) return UnwantedResponse(link, header);
     link.FinishRequest();
     if (!IsAcceptance(header)) {
+        ++link.statistics_.SelectsRefused;
         link.Raise(LinkError::SelectRefused,
                    ErrorText(LinkError::SelectRefused, NumberText("status", header.Byte3)));
     }
@@ -178,6 +180,38 @@ LinkMachine::Next LinkMachine::Separated(LinkMachine& link, const FrameHeader& h
     return link.open_ && !link.singleSession_ ? &kNotSelected : AfterLink(link);
 }
 
+/// Whatever the peer answers, this side is closing.
+LinkMachine::Next LinkMachine::DeselectAnswered(LinkMachine& link, const FrameHeader& header) {
+    if (!link.Answers(SType::DeselectReq, header)) return UnwantedResponse(link, header);
+    if (header.Byte3 != static_cast<std::uint8_t>(DeselectStatus::Ended)) {
+        ++link.statistics_.DeselectsRefused;
+        link.Raise(LinkError::DeselectRefused,
+                   ErrorText(LinkError::DeselectRefused, NumberText("status", header.Byte3)));
+    }
+    return &kEnding;
+}
+
+/// Both ends deselect at once: the session is over, and nothing is left to wait for.
+LinkMachine::Next LinkMachine::DeselectsCrossed(LinkMachine& link, const FrameHeader& header) {
+    const bool ours = link.IsOurSession(header);
+    if (!ours) ++link.statistics_.ForeignSessionEnds;
+    link.SendControl(
+        DeselectResponse(header, ours ? DeselectStatus::Ended : DeselectStatus::NotEstablished));
+    return ours ? &kEnding : nullptr;
+}
+
+LinkMachine::Next LinkMachine::DeselectRejected(LinkMachine& link, const FrameHeader& header) {
+    const bool ours = link.request_ && link.request_->SystemBytes == header.SystemBytes;
+    (void)RejectedSelected(link, header);
+    return ours ? &kEnding : nullptr;
+}
+
+LinkMachine::Next LinkMachine::SeparatedWhileClosing(LinkMachine& link, const FrameHeader& header) {
+    if (link.IsOurSession(header)) return LingerOver(link);
+    ++link.statistics_.ForeignSessionEnds;
+    return nullptr;
+}
+
 // --- Linktest and Reject -------------------------------------------------------------------------
 
 LinkMachine::Next LinkMachine::AnswerLinktest(LinkMachine& link, const FrameHeader& header) {
@@ -219,8 +253,8 @@ LinkMachine::Next LinkMachine::RejectedUnselected(LinkMachine& link, const Frame
 }
 
 LinkMachine::Next LinkMachine::RejectedSelected(LinkMachine& link, const FrameHeader& header) {
-    if (link.RejectsRequest(header)) return nullptr;
     link.TellEarly(header.SystemBytes);
+    if (link.RejectsRequest(header)) return nullptr;
     if (!link.transactions_.End(header.SystemBytes, link.output_.Now())) {
         ++link.statistics_.RejectsWithoutTransaction;
     }

@@ -25,8 +25,8 @@ namespace hexmire::hsms {
 /// mode (SEMI E37.1), and port type 2, the general services with one session (SEMI E37). No socket,
 /// no clock: inputs in, actions out.
 ///
-/// The rows of its state table are CLOSED, NOT CONNECTED, NOT SELECTED, SELECTED and ENDING, the
-/// last being the orderly end of a connection that this side closes.
+/// The rows of its state table are CLOSED, NOT CONNECTED, NOT SELECTED, SELECTED, and for the
+/// orderly end of a connection that this side closes DESELECTING (only if so set) and ENDING.
 class LinkMachine final : public link::ILinkMachine {
 public:
     /// Counts what it tolerates and refuses in `statistics`, which outlives it. `seed` spreads the
@@ -77,6 +77,7 @@ private:
     struct ControlRequest {
         SType Type;
         std::uint32_t SystemBytes;
+        bool Written = false;  // T6 counts from then on
     };
 
     // LinkStates.cpp: the table, and the one place that changes state
@@ -94,7 +95,9 @@ private:
     void EndSession(link::LinkError code, std::string_view details);
     void BeginSelecting();
     void BeginSession();
+    void BeginDeselecting();
     void BeginLinger();
+    [[nodiscard]] std::chrono::milliseconds RestOfClose();
     static Next AfterLink(LinkMachine& link);
     static Next Adopt(LinkMachine& link);
     static Next RefuseSilently(LinkMachine& link);
@@ -109,7 +112,7 @@ private:
     static Next LoseUnselected(LinkMachine& link, const Loss& loss);
     static Next LoseSelected(LinkMachine& link, const Loss& loss);
     static Next LoseEnding(LinkMachine& link, const Loss& loss);
-    static Next Separate(LinkMachine& link);
+    static Next EndInOrder(LinkMachine& link);
     static Next LingerStep(LinkMachine& link);
     static Next LingerOver(LinkMachine& link);
 
@@ -130,6 +133,10 @@ private:
     static Next UnwantedResponse(LinkMachine& link, const FrameHeader& header);
     static Next DeselectUnselected(LinkMachine& link, const FrameHeader& header);
     static Next DeselectSelected(LinkMachine& link, const FrameHeader& header);
+    static Next DeselectAnswered(LinkMachine& link, const FrameHeader& header);
+    static Next DeselectsCrossed(LinkMachine& link, const FrameHeader& header);
+    static Next DeselectRejected(LinkMachine& link, const FrameHeader& header);
+    static Next SeparatedWhileClosing(LinkMachine& link, const FrameHeader& header);
     static Next AnswerLinktest(LinkMachine& link, const FrameHeader& header);
     static Next LinktestAnswered(LinkMachine& link, const FrameHeader& header);
     static Next IgnoreSeparate(LinkMachine& link, const FrameHeader& header);
@@ -157,6 +164,7 @@ private:
                     LinkStatistics::Count& counter);
     void FrameWritten(OutFrame frame);
     void StartRequestTimer();
+    void ResumeRequestTimer();
     void TellSent(const FrameHeader& header, std::vector<std::uint8_t> bytes);
     bool TellEarly(std::uint32_t systemBytes);
     void AbortQueue();
@@ -170,7 +178,7 @@ private:
     static constexpr std::uint32_t kFirstRequest = 0x38000000;
     static constexpr std::uint32_t kLastRequest = 0x3FFFFFFF;
 
-    static const State kClosed, kNotConnected, kNotSelected, kSelected, kEnding;
+    static const State kClosed, kNotConnected, kNotSelected, kSelected, kDeselecting, kEnding;
 
     LinkSettings settings_;
     LinkStatistics& statistics_;
@@ -190,9 +198,10 @@ private:
     bool greet_ = false;        // the connection is new: the active side has to select
     bool sessionOpen_ = false;  // Connect has been raised, Disconnect not yet
     bool shutDown_ = false;     // ENDING: everything is written, waiting for the peer's close
-    bool frameTimed_ = false;   // T8 and frame cap run
-    bool reading_ = true;       // false: paused until the control or the peer has caught up
-    bool stallTimed_ = false;   // the write-stall timer runs
+    std::optional<link::TimePoint> closeBy_;  // when an orderly end is given up
+    bool frameTimed_ = false;                 // T8 and frame cap run
+    bool reading_ = true;      // false: paused until the control or the peer has caught up
+    bool stallTimed_ = false;  // the write-stall timer runs
     std::optional<ControlRequest> request_;
     bool requestHeld_ = false;  // its T6 waits for the frame in progress
     std::uint32_t lastRequest_ = kLastRequest;

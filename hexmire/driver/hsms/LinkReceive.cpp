@@ -64,9 +64,9 @@ void LinkMachine::ArmFrameTimers(bool sawFrame) {
         }
     } else {
         StopFrameTimers();
-        if (std::exchange(requestHeld_, false)) Start(TimerId::T6, settings_.T6);
+        if (std::exchange(requestHeld_, false)) ResumeRequestTimer();
     }
-    if (sawFrame && sessionOpen_ && settings_.LinktestInterval > 0ms) {
+    if (sawFrame && state_ == &kSelected && settings_.LinktestInterval > 0ms) {
         Start(TimerId::Linktest, settings_.LinktestInterval);
     }
 }
@@ -82,24 +82,25 @@ void LinkMachine::StopFrameTimers() {
 void LinkMachine::UpdateReading() {
     if (!connector_.IsConnected() || state_ == &kEnding) return;
     const std::size_t responses = queue_.ControlFrames();
+    const std::size_t waiting = state_->Closes ? 0 : waiting_;
     if (reading_) {
-        if (waiting_ < settings_.MaxWaitingMessages && responses < kMaxWaitingResponses) return;
+        if (waiting < settings_.MaxWaitingMessages && responses < kMaxWaitingResponses) return;
         reading_ = false;
         ++statistics_.ReadingPauses;
         Emit(link::PauseReading{});
         Raise(LinkError::ReceiveBacklog,
               ErrorText(LinkError::ReceiveBacklog,
-                        std::to_string(waiting_) + " messages and " + std::to_string(responses) +
+                        std::to_string(waiting) + " messages and " + std::to_string(responses) +
                             " responses wait"));
         StopFrameTimers();
         Stop(TimerId::T6);
         Stop(TimerId::Linktest);
-    } else if (waiting_ <= settings_.MaxWaitingMessages / 2 &&
+    } else if (waiting <= settings_.MaxWaitingMessages / 2 &&
                responses <= kMaxWaitingResponses / 2) {
         reading_ = true;
         Emit(link::ResumeReading{});
         ArmFrameTimers(true);
-        if (request_ && !requestHeld_) Start(TimerId::T6, settings_.T6);
+        if (!requestHeld_) ResumeRequestTimer();
     }
 }
 

@@ -112,13 +112,19 @@ void LinkMachine::FrameWritten(OutFrame frame) {
     }
 }
 
+/// Our control request has been written.
 void LinkMachine::StartRequestTimer() {
+    request_->Written = true;
     if (!reading_) return;  // UpdateReading starts it when reading goes on
     if (request_->Type == SType::LinktestReq && parser_.InProgress()) {
         requestHeld_ = true;
     } else {
         Start(TimerId::T6, settings_.T6);
     }
+}
+
+void LinkMachine::ResumeRequestTimer() {
+    if (request_ && request_->Written) Start(TimerId::T6, settings_.T6);
 }
 
 void LinkMachine::TellSent(const FrameHeader& header, std::vector<std::uint8_t> bytes) {

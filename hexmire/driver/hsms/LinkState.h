@@ -13,6 +13,7 @@ struct LinkMachine::State {
     std::string_view Name;
     bool ReadsFrames = false;  ///< bytes are taken apart; elsewhere they are dropped
     bool SendsData = false;    ///< messages are queued; elsewhere they are refused
+    bool Closes = false;       ///< this side is closing; nothing more goes to the control
     void (*Enter)(LinkMachine&) = nullptr;
     void (*Exit)(LinkMachine&) = nullptr;
 

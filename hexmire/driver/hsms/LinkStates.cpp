@@ -37,6 +37,7 @@ const LinkMachine::State LinkMachine::kNotSelected{
     .Exit = [](LinkMachine& link) { link.Stop(TimerId::T7); },
     .OnClose = [](LinkMachine&) { return &kClosed; },
     .OnConnected = &ExtraUnselected,
+    .OnListenFailed = &ListenFailed,
     .OnLost = &LoseUnselected,
     .OnData = &DataUnselected,
     .OnSelectReq = &AcceptSelect,
@@ -56,8 +57,9 @@ const LinkMachine::State LinkMachine::kSelected{
     .SendsData = true,
     .Enter = [](LinkMachine& link) { link.BeginSession(); },
     .Exit = [](LinkMachine& link) { link.Stop(TimerId::Linktest); },
-    .OnClose = &Separate,
+    .OnClose = &EndInOrder,
     .OnConnected = &ExtraSelected,
+    .OnListenFailed = &ListenFailed,
     .OnLost = &LoseSelected,
     .OnData = &Deliver,
     .OnSelectReq = &RepeatSelect,
@@ -71,8 +73,28 @@ const LinkMachine::State LinkMachine::kSelected{
     .OnLinktestDue = &LinktestDue,
 };
 
+const LinkMachine::State LinkMachine::kDeselecting{
+    .Name = "DESELECTING",
+    .ReadsFrames = true,
+    .Closes = true,
+    .Enter = [](LinkMachine& link) { link.BeginDeselecting(); },
+    .Exit = [](LinkMachine& link) { link.Stop(TimerId::Linger); },
+    .OnOpen = [](LinkMachine&) { return Next{nullptr}; },
+    .OnClose = [](LinkMachine&) { return Next{nullptr}; },
+    .OnConnected = &RefuseSilently,
+    .OnLost = &LoseEnding,
+    .OnSelectReq = &RepeatSelect,
+    .OnDeselectReq = &DeselectsCrossed,
+    .OnDeselectRsp = &DeselectAnswered,
+    .OnLinktestReq = &AnswerLinktest,
+    .OnRejectReq = &DeselectRejected,
+    .OnSeparateReq = &SeparatedWhileClosing,
+    .OnLinger = &LingerOver,
+};
+
 const LinkMachine::State LinkMachine::kEnding{
     .Name = "ENDING",
+    .Closes = true,
     .Enter = [](LinkMachine& link) { link.BeginLinger(); },
     .Exit = [](LinkMachine& link) { link.Stop(TimerId::Linger); },
     .OnOpen = [](LinkMachine&) { return Next{nullptr}; },
