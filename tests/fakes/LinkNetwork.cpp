@@ -1,5 +1,7 @@
 #include "LinkNetwork.h"
 
+#include "MachineRig.h"
+
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
@@ -12,13 +14,6 @@ constexpr std::array<const char*, 2> kAddresses{"10.0.0.1", "10.0.0.2"};
 constexpr std::uint16_t kListenPort = 5'000;
 constexpr int kFirstEphemeralPort = 40'000;
 constexpr std::uint32_t kMessagesOfAnEnd = 0x100000;
-
-template <class... Cases>
-struct Overloaded : Cases... {
-    using Cases::operator()...;
-};
-template <class... Cases>
-Overloaded(Cases...) -> Overloaded<Cases...>;
 
 std::string CodeText(link::LinkError code) { return std::to_string(static_cast<int>(code)); }
 
