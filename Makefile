@@ -8,7 +8,7 @@ CHECK_FUZZ_SECONDS := 20
 .DEFAULT_GOAL := help
 .NOTPARALLEL:
 .PHONY: help setup demo test check check-format check-layers check-words check-dev check-clang \
-        check-tidy check-fuzz bench fuzz coverage interop format clean
+        check-network check-tidy check-fuzz bench fuzz coverage interop format clean
 
 help: ## List the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-14s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -26,8 +26,8 @@ test: setup ## Build with optimisation and run every test
 	cmake --build --preset release -j $(JOBS)
 	ctest --preset release -j $(JOBS)
 
-check: check-format check-layers check-words check-dev check-clang check-tidy check-fuzz ## Everything that a change must pass
-	@echo "check: format, layers, words, tests with GCC and Clang under ASan and UBSan, tidy and short fuzzing passed"
+check: check-format check-layers check-words check-dev check-network check-clang check-tidy check-fuzz ## Everything that a change must pass
+	@echo "check: format, layers, words, tests with GCC and Clang under ASan and UBSan, links on a bad network, tidy and short fuzzing passed"
 
 check-format: ## Compare every C++ file with .clang-format
 	@scripts/setup check
@@ -43,6 +43,11 @@ check-dev: setup ## Run the tests under ASan and UBSan, built with GCC
 	@cmake --preset dev >/dev/null
 	cmake --build --preset dev -j $(JOBS)
 	ctest --preset dev -j $(JOBS)
+
+check-network: setup ## Run links over a bad network in real time (about a minute)
+	@cmake --preset dev >/dev/null
+	@cmake --build --preset dev -j $(JOBS) --target network_peer
+	python3 tests/network/run.py build/dev/tests/network_peer
 
 check-clang: ## The same, built with Clang
 	@scripts/setup check
