@@ -27,7 +27,7 @@ namespace hexmire::test {
 ///
 /// The machine answers with "tx ENQ", "tx BLOCK", "Sent ...", "Block ...", "Received ...", the last
 /// three as blocks, Sent and Received with the number of the last block.
-class Secs1Rig final : public MachineRig {
+class Secs1Rig : public MachineRig {
 public:
     explicit Secs1Rig(const LinkSettings& settings);
 
