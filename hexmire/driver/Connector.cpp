@@ -191,13 +191,19 @@ Connector::Verdict Connector::OnConnected(const Endpoints& ends) {
     return ends.IsCaller ? TakeCaller(ends) : AdoptOwn(ends);
 }
 
+/// To this very socket, as loopback allows when its port is the one that it connects to, or to our
+/// own listener.
+bool Connector::LeadsBack(const Endpoints& ends) const {
+    if (IsSerial() || ends.LocalAddress != ends.RemoteAddress) return false;
+    return ends.LocalPort == ends.RemotePort || (listening_ && listening_->Port == ends.RemotePort);
+}
+
 Connector::Verdict Connector::AdoptOwn(const Endpoints& ends) {
     if (!connecting_) {
         RefuseSilently();
         return Verdict::Refused;
     }
-    if (!IsSerial() && ends.LocalAddress == ends.RemoteAddress &&
-        ends.LocalPort == ends.RemotePort) {
+    if (LeadsBack(ends)) {
         ++statistics_.SelfConnections;
         output_.Raise(
             LinkError::SelfConnect,

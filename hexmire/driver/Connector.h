@@ -33,6 +33,10 @@ public:
               std::uint32_t seed);
 
     // --- commands of the machine -----------------------------------------------------------------
+    /// When the last attempt or connection ended, T5 counting from there; for a machine that takes
+    /// over from another one.
+    [[nodiscard]] std::optional<TimePoint> LastEnd() const noexcept { return lastEnd_; }
+    void LastEnd(std::optional<TimePoint> end) noexcept { lastEnd_ = end; }
     /// The port is opened: failures are told anew.
     void Open() noexcept;
     /// There is no connection and one is wanted.
@@ -82,6 +86,7 @@ private:
     [[nodiscard]] bool Connects() const noexcept;
     [[nodiscard]] bool IsAlternating() const noexcept { return Listens() && Connects(); }
     [[nodiscard]] std::chrono::milliseconds RestOfT5() const;
+    [[nodiscard]] bool LeadsBack(const Endpoints& ends) const;
     [[nodiscard]] bool IsAllowed(const std::string& address) const;
     [[nodiscard]] std::string RemoteText() const;
     void BeginListening();

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -53,6 +54,10 @@ public:
     [[nodiscard]] virtual bool IsOpen() const = 0;
     /// True when the port is closed and nothing is left of its last connection.
     [[nodiscard]] virtual bool IsOver() const = 0;
+    /// When the last attempt or connection ended, T5 counting from there; a machine that takes over
+    /// from another one is told it before Open.
+    [[nodiscard]] virtual std::optional<TimePoint> LastEnd() const = 0;
+    virtual void LastEnd(std::optional<TimePoint> end) = 0;
     /// New settings. While the port is open, a set that could never work raises its Error and
     /// leaves the old ones in force.
     virtual void Configure(const LinkSettings& settings, TimePoint now) = 0;

@@ -37,6 +37,10 @@ public:
     void Close(link::TimePoint now) override;
     [[nodiscard]] bool IsOpen() const override { return open_; }
     [[nodiscard]] bool IsOver() const override { return state_ == &kClosed; }
+    [[nodiscard]] std::optional<link::TimePoint> LastEnd() const override {
+        return connector_.LastEnd();
+    }
+    void LastEnd(std::optional<link::TimePoint> end) override { connector_.LastEnd(end); }
     void Configure(const LinkSettings& settings, link::TimePoint now) override;
     void Send(std::span<const std::uint8_t> header,
               std::span<const std::uint8_t> body,

@@ -15,7 +15,8 @@ namespace hexmire {
 
 /// Turns an address into endpoints, a name without blocking the loop. A numeric one is answered at
 /// once, inside the call.
-void TransportDriver::Shell::Resolve(const std::string& address,
+void TransportDriver::Shell::Resolve(Tcp::resolver& resolver,
+                                     const std::string& address,
                                      std::uint16_t port,
                                      Resolved done) {
     if (link::ClassifyAddress(address) != link::AddressKind::Name) {
@@ -23,7 +24,7 @@ void TransportDriver::Shell::Resolve(const std::string& address,
         const auto numeric = asio::ip::make_address(address, error);
         return done(error, {Tcp::endpoint(numeric, port)});
     }
-    resolver_.async_resolve(
+    resolver.async_resolve(
         address,
         std::to_string(port),
         Tcp::resolver::numeric_service,
@@ -37,7 +38,8 @@ void TransportDriver::Shell::Resolve(const std::string& address,
 
 void TransportDriver::Shell::Do(const link::Listen& action) {
     const std::uint64_t generation = ++listenGeneration_;
-    Resolve(action.Address,
+    Resolve(localResolver_,
+            action.Address,
             action.Port,
             [this, generation](const asio::error_code& error,
                                const std::vector<Tcp::endpoint>& endpoints) {
@@ -81,9 +83,16 @@ void TransportDriver::Shell::OfferCaller(Tcp::socket socket) {
     asio::error_code ignored;
     link::PrepareStream(socket, ignored);
     link::Endpoints ends = link::EndpointsOf(socket);
-    if (ends.RemoteAddress.empty()) return;
+    if (ends.RemoteAddress.empty() || IsOwnAttempt(ends)) return;
     ends.IsCaller = true;
     OfferConnection(std::move(socket), std::move(ends));
+}
+
+/// Whether this caller is our own connect, which has found our own listener: it fails when it comes
+/// through, or has done so.
+bool TransportDriver::Shell::IsOwnAttempt(const link::Endpoints& caller) const {
+    const link::Endpoints own = connecting_ ? link::EndpointsOf(*connecting_) : lastOwn_;
+    return own.LocalAddress == caller.RemoteAddress && own.LocalPort == caller.RemotePort;
 }
 
 /// True when there was a caller and the machine has changed over to it.
@@ -104,6 +113,7 @@ void TransportDriver::Shell::Do(const link::ResumeAccepting&) {
 
 void TransportDriver::Shell::Do(const link::StopListening&) {
     ++listenGeneration_;
+    localResolver_.cancel();
     acceptor_.reset();
 }
 
@@ -112,7 +122,8 @@ void TransportDriver::Shell::Do(const link::StopListening&) {
 void TransportDriver::Shell::Do(const link::Connect& action) {
     const std::uint64_t generation = ++generation_;
     const auto toRemote = [this, generation, action] {
-        Resolve(action.RemoteAddress,
+        Resolve(remoteResolver_,
+                action.RemoteAddress,
                 action.RemotePort,
                 [this, generation](const asio::error_code& error,
                                    std::vector<Tcp::endpoint> endpoints) {
@@ -125,7 +136,8 @@ void TransportDriver::Shell::Do(const link::Connect& action) {
     };
     local_.reset();
     if (link::IsAnyAddress(action.LocalAddress)) return toRemote();
-    Resolve(action.LocalAddress,
+    Resolve(remoteResolver_,
+            action.LocalAddress,
             0,
             [this, generation, toRemote](const asio::error_code& error,
                                          const std::vector<Tcp::endpoint>& endpoints) {
@@ -158,8 +170,8 @@ void TransportDriver::Shell::ConnectTo(const Tcp::endpoint& remote) {
                 if (failure) return self->FailConnect(failure);
                 Tcp::socket socket = std::move(*self->connecting_);
                 self->connecting_.reset();
-                link::Endpoints ends = link::EndpointsOf(socket);
-                self->OfferConnection(std::move(socket), std::move(ends));
+                self->lastOwn_ = link::EndpointsOf(socket);
+                self->OfferConnection(std::move(socket), self->lastOwn_);
             });
         });
 }
@@ -194,7 +206,7 @@ void TransportDriver::Shell::OfferConnection(Tcp::socket socket, link::Endpoints
 
 void TransportDriver::Shell::Do(const link::StopConnecting&) {
     ++generation_;
-    resolver_.cancel();
+    remoteResolver_.cancel();
     remotes_.clear();
     connecting_.reset();
 }
@@ -220,7 +232,8 @@ void TransportDriver::Shell::Do(const link::RefuseConnection&) { offered_.reset(
 void TransportDriver::Shell::Do(const link::CloseConnection&) {
     Do(link::StopConnecting{});
     offered_.reset();
-    stream_.reset();
+    CloseStream();
+    if (KindWanted() != kind_) ScheduleFlush();
     waitingForInput_ = waitingForRoom_ = readingPaused_ = false;
 }
 

@@ -121,7 +121,7 @@ void TransportDriver::Shell::Do(const link::ShutdownSend&) {
     if (stream_) stream_->ShutdownSend();
 }
 
-/// The last moment of a driver that is destroyed: what is written shall reach the peer.
+/// What is written shall reach the peer.
 void TransportDriver::Shell::CloseStream() noexcept {
     if (!stream_) return;
     stream_->Drain(asio::buffer(input_.get(), kInputBytes));

@@ -70,6 +70,12 @@ Endpoints EndpointsOf(const asio::ip::tcp::socket& socket) {
     return ends;
 }
 
+std::string CanonicalAddress(const std::string& address) {
+    asio::error_code error;
+    const auto numeric = asio::ip::make_address(address, error);
+    return error ? address : AddressText(numeric);
+}
+
 SystemFailure FailureOf(const asio::error_code& error) {
     return {.Number = error.value(), .Text = error.message()};
 }

@@ -4,6 +4,8 @@
 
 #include <asio/ip/tcp.hpp>
 
+#include <string>
+
 namespace hexmire::link {
 
 /// Prepares a connected or connecting socket: non-blocking, small writes go out at once, a dead
@@ -19,6 +21,9 @@ void OpenListener(asio::ip::tcp::acceptor& acceptor,
 
 /// Both ends of a connection; an IPv4 address in IPv6 clothes is shown as IPv4.
 [[nodiscard]] Endpoints EndpointsOf(const asio::ip::tcp::socket& socket);
+
+/// A numeric address written as EndpointsOf writes it; anything else as it stands.
+[[nodiscard]] std::string CanonicalAddress(const std::string& address);
 
 [[nodiscard]] SystemFailure FailureOf(const asio::error_code& error);
 

@@ -1,7 +1,5 @@
 #include <hexmire/hosting/links/SocketStream.h>
 
-#include <asio/error.hpp>
-
 namespace hexmire::link {
 
 using Socket = asio::ip::tcp::socket;
@@ -15,17 +13,11 @@ void SocketStream::WaitForRoom(Ready ready) {
 }
 
 std::size_t SocketStream::Read(asio::mutable_buffer into, asio::error_code& error) {
-    const std::size_t count = socket_.read_some(asio::mutable_buffers_1(into), error);
-    if (error == asio::error::eof && wasReset_) error = asio::error::connection_reset;
-    return count;
+    return socket_.read_some(asio::mutable_buffers_1(into), error);
 }
 
 std::size_t SocketStream::Write(std::span<const asio::const_buffer> from, asio::error_code& error) {
-    const std::size_t count = socket_.write_some(from, error);
-    // The system tells of a reset once: whoever reads afterwards finds what looks like an end in
-    // good order.
-    if (error == asio::error::connection_reset) wasReset_ = true;
-    return count;
+    return socket_.write_some(from, error);
 }
 
 void SocketStream::ShutdownSend() noexcept {
@@ -34,11 +26,12 @@ void SocketStream::ShutdownSend() noexcept {
 }
 
 /// Nothing unread may be left, or the system would reset the connection and with it destroy our
-/// last bytes at the peer.
+/// last bytes at the peer. A peer that sends without a pause is not waited for.
 void SocketStream::Drain(asio::mutable_buffer scratch) noexcept {
+    constexpr int kMostReads = 64;
     ShutdownSend();
     asio::error_code error;
-    while (!error) {
+    for (int reads = 0; reads < kMostReads && !error; ++reads) {
         Read(scratch, error);
     }
 }

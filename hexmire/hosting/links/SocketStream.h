@@ -22,7 +22,6 @@ public:
 
 private:
     asio::ip::tcp::socket socket_;
-    bool wasReset_ = false;
 };
 
 }  // namespace hexmire::link

@@ -18,8 +18,7 @@ struct LinkStatistics;
 
 /// The transport driver for real links, run by an Asio loop: SECS-I on a serial port and over TCP
 /// (port types 1 and 3), HSMS and HSMS-SS (2 and 4); over TCP as active, passive or alternating
-/// side. The port type that is set when OpenLink is called counts until the next OpenLink, but for
-/// changes between 2 and 4, which count from the next connection on.
+/// side. Another port type counts from the next connection on.
 ///
 /// A serial port is a path such as /dev/ttyUSB0; a name without a "/", such as COM1, is looked up
 /// in /dev.

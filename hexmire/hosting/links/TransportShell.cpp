@@ -1,5 +1,6 @@
 #include <hexmire/driver/hsms/LinkMachine.h>
 #include <hexmire/driver/secs1/LinkMachine.h>
+#include <hexmire/hosting/links/SocketOptions.h>
 #include <hexmire/hosting/links/TransportShell.h>
 
 #include <asio/post.hpp>
@@ -28,8 +29,12 @@ TransportDriver::Shell::Shell(asio::io_context& loop, SECSIServiceEvents& events
       settings_(std::move(own)),
       events_(events),
       timer_(loop),
-      resolver_(loop),
+      localResolver_(loop),
+      remoteResolver_(loop),
       input_(std::make_unique_for_overwrite<std::uint8_t[]>(kInputBytes)) {
+    // Callers are compared as texts: 127.0.0.1 is the same as ::FFFF:7F00:1.
+    for (std::string& address : settings_.AllowedCallers)
+        address = link::CanonicalAddress(address);
     MakeMachine();
 }
 
@@ -96,15 +101,24 @@ TransportDriver::Shell::Kind TransportDriver::Shell::KindWanted() const noexcept
     return kind_;
 }
 
-/// The port type of another kind of link waits for the next opening.
+/// The port type of another kind of link waits for the end of the present connection.
 void TransportDriver::Shell::Configure(link::TimePoint now) {
     LinkSettings settings = settings_;
     if (KindWanted() != kind_) {
         settings.PortType = machinePortType_;
+        if (machine_->IsOpen()) ScheduleFlush();  // the other settings of the new kind come first
     } else if (settings.PortType >= 1 && settings.PortType <= 4) {
         machinePortType_ = settings.PortType;
     }
     machine_->Configure(settings, now);
+}
+
+/// Between two connections of an open port: the next one is of the kind that is set by now.
+void TransportDriver::Shell::FollowPortType(link::TimePoint now) {
+    if (KindWanted() == kind_ || stream_ || !machine_->IsOpen()) return;
+    if (CheckLinkSettings(settings_)) return;
+    reopening_ = true;
+    machine_->Close(now);
 }
 
 void TransportDriver::Shell::MakeMachine() {
@@ -120,7 +134,9 @@ void TransportDriver::Shell::MakeMachine() {
 
 void TransportDriver::Shell::OpenMachine(link::TimePoint now) {
     timers_.StopAll();
+    const auto lastEnd = machine_->LastEnd();
     MakeMachine();
+    machine_->LastEnd(lastEnd);
     machine_->Open(now);
 }
 

@@ -63,6 +63,7 @@ private:
     // TransportShell.cpp: the machine, turns, actions, timers, events
     [[nodiscard]] Kind KindWanted() const noexcept;
     void Configure(link::TimePoint now);
+    void FollowPortType(link::TimePoint now);
     void MakeMachine();
     void OpenMachine(link::TimePoint now);
     /// An input that comes from a call of the control: its events are raised later, by the loop.
@@ -76,7 +77,12 @@ private:
     /// An input that comes from the loop: its events are raised once the turn has settled.
     template <class Input>
     void Turn(Input&& input) noexcept {
-        Guard([&] { Perform(input); });
+        Guard([&] {
+            Perform([&](link::TimePoint now) {
+                FollowPortType(now);
+                input(now);
+            });
+        });
         Deliver();
     }
     /// Nothing that is thrown leaves the driver: it becomes an event.
@@ -130,10 +136,14 @@ private:
     void Do(const Other&) {}  // events, and SendBytes: output is written when the turn settles
 
     // ShellConnections.cpp: connections in the making
-    void Resolve(const std::string& address, std::uint16_t port, Resolved done);
+    void Resolve(Tcp::resolver& resolver,
+                 const std::string& address,
+                 std::uint16_t port,
+                 Resolved done);
     void ListenAt(const asio::error_code& error, const std::vector<Tcp::endpoint>& endpoints);
     void AcceptNext();
     void OfferCaller(Tcp::socket socket);
+    [[nodiscard]] bool IsOwnAttempt(const link::Endpoints& caller) const;
     bool OfferWaitingCaller();
     void ConnectNext();
     void ConnectTo(const Tcp::endpoint& remote);
@@ -165,11 +175,13 @@ private:
 
     std::uint64_t generation_ = 0;        // of the connection
     std::uint64_t listenGeneration_ = 0;  // of the listener
-    Tcp::resolver resolver_;
+    Tcp::resolver localResolver_;         // of where to listen
+    Tcp::resolver remoteResolver_;        // of our own attempts to connect
     std::optional<Tcp::acceptor> acceptor_;
     std::optional<Tcp::socket> connecting_;
     std::vector<Tcp::endpoint> remotes_;          // still to try in this attempt, the next one last
     std::optional<Tcp::endpoint> local_;          // to bind before connecting
+    link::Endpoints lastOwn_;                     // of the last connect that came through
     std::unique_ptr<link::IByteStream> offered_;  // the machine is being asked about it
     std::unique_ptr<link::IByteStream> held_;     // a caller that the machine has put aside
     std::unique_ptr<link::IByteStream> stream_;
