@@ -27,8 +27,17 @@ std::string TimeText() {
     return std::string(text, length) + digits;
 }
 
-/// The header of a received primary (SEMI E5, MHEAD), as it stood on an HSMS link.
-std::vector<std::uint8_t> HeaderOf(const SECSTrans& trans) {
+/// Block number and E-bit of the last block of a message on a SECS-I link (SEMI E4).
+std::uint32_t LastBlock(const std::string& bodyHex) {
+    constexpr std::size_t kMostData = 244;
+    const std::size_t bodyBytes = (bodyHex.size() + 1) / 3;
+    const std::size_t blocks = std::max<std::size_t>(1, (bodyBytes + kMostData - 1) / kMostData);
+    return 0x8000U | static_cast<std::uint32_t>(blocks);
+}
+
+/// The header of a received primary (SEMI E5, MHEAD), as it stood on the link; on a SECS-I link
+/// that of its last block.
+std::vector<std::uint8_t> HeaderOf(const SECSTrans& trans, bool isSECSI) {
     const auto device = static_cast<std::uint32_t>(trans.DeviceID());
     const auto bytes = static_cast<std::uint32_t>(trans.SystemBytes());
     const auto wBit = trans.ReplyExpected() ? 0x80U : 0U;
@@ -38,6 +47,9 @@ std::vector<std::uint8_t> HeaderOf(const SECSTrans& trans) {
     header[2] =
         static_cast<std::uint8_t>(static_cast<std::uint32_t>(trans.Primary()->Stream()) | wBit);
     header[3] = static_cast<std::uint8_t>(trans.Primary()->Func());
+    const std::uint32_t block = isSECSI ? LastBlock(trans.Primary()->RawHex()) : 0;
+    header[4] = static_cast<std::uint8_t>(block >> 8U);
+    header[5] = static_cast<std::uint8_t>(block);
     for (std::size_t i = 0; i < 4; ++i)
         header[6 + i] = static_cast<std::uint8_t>(bytes >> (8U * (3U - i)));
     return header;
@@ -89,7 +101,9 @@ void EquipmentRole::Answer(const SECSTransPtr& trans) {
 void EquipmentRole::ReportUnknown(const SECSTransPtr& trans) {
     const std::int32_t stream = trans->Primary()->Stream();
     if (stream == kErrorStream) return;  // An error report is not answered by another.
-    SendStream9(Knows(stream) ? 5 : 3, HeaderOf(*trans));
+    const std::int32_t portType = peer_.Control().ConnectionPortType();
+    const bool isSECSI = portType == PortTypeRS232 || portType == PortTypeTCPIP;
+    SendStream9(Knows(stream) ? 5 : 3, HeaderOf(*trans, isSECSI));
 }
 
 void EquipmentRole::ReportForeignDevice(const std::string& errorText) {

@@ -4,13 +4,17 @@
 #include <CLI/CLI.hpp>
 #include <arpa/inet.h>
 
-#include <map>
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <functional>
+#include <utility>
 
 namespace hexmire::program {
 
 namespace {
 
-using Codes = std::map<std::string, std::int32_t>;
+using Codes = std::vector<std::pair<std::string, std::int32_t>>;
 
 void AddEndpoint(CLI::App& command,
                  const std::string& name,
@@ -34,24 +38,65 @@ void AddCode(CLI::App& command,
     std::string names;
     for (const auto& [text, code] : codes)
         names += (names.empty() ? "" : "|") + text;
-    const auto check = [codes, names](const std::string& text) {
-        return codes.contains(text) ? std::string() : "'" + text + "' is none of " + names;
+    const auto codeOf = [codes](const std::string& text) -> std::optional<std::int32_t> {
+        const auto found = std::ranges::find(codes, text, &Codes::value_type::first);
+        return found == codes.end() ? std::nullopt : std::optional(found->second);
+    };
+    const auto check = [codeOf, names](const std::string& text) {
+        return codeOf(text) ? std::string() : "'" + text + "' is none of " + names;
     };
     command
         .add_option_function<std::string>(
-            name, [codes, read](const std::string& text) { read(codes.at(text)); }, description)
+            name, [codeOf, read](const std::string& text) { read(*codeOf(text)); }, description)
         ->check(check)
         ->type_name(names);
 }
 
+template <class Number>
 void AddTimer(CLI::App& command,
               const std::string& name,
-              std::optional<std::int32_t>& target,
-              std::int32_t longest,
+              std::optional<Number>& target,
+              Number shortest,
+              Number longest,
               const std::string& description) {
     command.add_option(name, target, description)
-        ->check(CLI::Range(1, longest))
+        ->check(CLI::Range(shortest, longest))
         ->type_name("SECONDS");
+}
+
+/// Ranges as the control has them.
+void AddTimers(CLI::App& command, LinkOptions& options) {
+    AddTimer(command, "--t1", options.T1, 0.1F, 10.0F, "Time between two characters of a block");
+    AddTimer(command, "--t2", options.T2, 0.2F, 25.0F, "Time-out of the line's protocol");
+    AddTimer(command, "--t3", options.T3, 1, 120, "Reply time-out");
+    AddTimer(command, "--t4", options.T4, 1, 120, "Time between two blocks of one message");
+    AddTimer(command, "--t5", options.T5, 1, 240, "Time between two attempts to connect");
+    AddTimer(command, "--t6", options.T6, 1, 240, "Time-out of a control transaction");
+    AddTimer(command, "--t7", options.T7, 1, 240, "Time that a connection may stay unselected");
+    AddTimer(command, "--t8", options.T8, 1, 120, "Time between two parts of one message");
+}
+
+void AddSerialOptions(CLI::App& command, LinkOptions& options) {
+    command.add_option("--serial", options.Serial, "Serial port of an rs232 link, as /dev/ttyUSB0")
+        ->type_name("DEVICE");
+    AddCode(
+        command,
+        "--baud",
+        {{"150", BaudRate150},
+         {"300", BaudRate300},
+         {"1200", BaudRate1200},
+         {"2400", BaudRate2400},
+         {"4800", BaudRate4800},
+         {"9600", BaudRate9600},
+         {"19200", BaudRate19200}},
+        [&options](std::int32_t baud) { options.Baud = baud; },
+        "Bits a second of a serial port (default: 9600)");
+    command
+        .add_option("--retry",
+                    options.Retry,
+                    "How often a block is tried again on rs232 and tcpip links (default: 3)")
+        ->check(CLI::Range(0, 31))
+        ->type_name("N");
 }
 
 }  // namespace
@@ -86,31 +131,36 @@ void AddLinkOptions(CLI::App& command, LinkOptions& options) {
     AddCode(
         command,
         "--port-type",
-        {{"hsms", PortTypeHSMS}, {"hsms-ss", PortTypeHSMS_SS}},
+        {{"rs232", PortTypeRS232},
+         {"hsms", PortTypeHSMS},
+         {"tcpip", PortTypeTCPIP},
+         {"hsms-ss", PortTypeHSMS_SS}},
         [&options](std::int32_t code) { options.PortType = code; },
-        "Kind of link (default: hsms-ss)");
+        "Kind of link: SECS-I on a serial port, HSMS, SECS-I over TCP, or HSMS-SS (default: "
+        "hsms-ss)");
     AddCode(
         command,
         "--mode",
-        {{"active", ConnectionModeActive}, {"passive", ConnectionModePassive}},
+        {{"active", ConnectionModeActive},
+         {"passive", ConnectionModePassive},
+         {"alternating", ConnectionModeAlternating}},
         [&options](std::int32_t code) { options.Mode = code; },
-        "Who connects (default: a host is active, an equipment passive)");
-    AddEndpoint(command, "--local", options.Local, "Where a passive side listens");
-    AddEndpoint(command, "--remote", options.Remote, "Where an active side connects to");
+        "Who connects over TCP (default: a host is active, an equipment passive)");
+    AddEndpoint(command, "--local", options.Local, "Where a passive or alternating side listens");
+    AddEndpoint(
+        command, "--remote", options.Remote, "Where an active or alternating side connects to");
+    AddSerialOptions(command, options);
     command.add_option("--device-id", options.DeviceID, "Device ID (default: 0)")
         ->check(CLI::Range(0, 32'767))
         ->type_name("N");
-    AddTimer(command, "--t3", options.T3, 120, "Reply time-out");
-    AddTimer(command, "--t5", options.T5, 240, "Time between two attempts to connect");
-    AddTimer(command, "--t6", options.T6, 240, "Time-out of a control transaction");
-    AddTimer(command, "--t7", options.T7, 240, "Time that a connection may stay unselected");
-    AddTimer(command, "--t8", options.T8, 120, "Time between two parts of one message");
+    AddTimers(command, options);
     command.add_flag(
         "--system-bytes-check", options.SystemBytesCheck, "Match a reply by its system bytes too");
     command
         .add_option("--allow",
                     options.AllowedCallers,
-                    "Address that may call a passive side; may be repeated (default: any)")
+                    "Address that may call a passive or alternating side; may be repeated "
+                    "(default: any)")
         ->check(isAddress)
         ->type_name("ADDR")
         ->allow_extra_args(false);
@@ -121,12 +171,49 @@ std::int32_t ModeOf(const LinkOptions& options, Role role) {
     return options.Mode.value_or(role == Role::Host ? ConnectionModeActive : ConnectionModePassive);
 }
 
-void CheckLinkOptions(const LinkOptions& options, Role role) {
-    if (ModeOf(options, role) == ConnectionModeActive) {
-        if (!options.Remote) throw UsageError("an active side needs --remote ADDR:PORT");
-    } else if (!options.Local) {
-        throw UsageError("a passive side needs --local ADDR:PORT");
+namespace {
+
+void CheckSerialOptions(const LinkOptions& options) {
+    if (options.Serial.empty()) throw UsageError("an rs232 link needs --serial DEVICE");
+    const struct {
+        const char* Name;
+        bool IsGiven;
+    } kOfTcp[] = {
+        {"--mode", options.Mode.has_value()},
+        {"--local", options.Local.has_value()},
+        {"--remote", options.Remote.has_value()},
+        {"--allow", !options.AllowedCallers.empty()},
+    };
+    for (const auto& option : kOfTcp) {
+        if (option.IsGiven) throw UsageError(std::string(option.Name) + " is not for rs232 links");
     }
+}
+
+}  // namespace
+
+void CheckLinkOptions(const LinkOptions& options, Role role) {
+    if (options.PortType == PortTypeRS232) return CheckSerialOptions(options);
+    if (!options.Serial.empty()) throw UsageError("--serial is for rs232 links alone");
+    if (options.Baud) throw UsageError("--baud is for rs232 links alone");
+    const std::int32_t mode = ModeOf(options, role);
+    const std::string side = mode == ConnectionModeActive    ? "an active side"
+                             : mode == ConnectionModePassive ? "a passive side"
+                                                             : "an alternating side";
+    if (mode != ConnectionModePassive && !options.Remote)
+        throw UsageError(side + " needs --remote ADDR:PORT");
+    if (mode != ConnectionModeActive && !options.Local)
+        throw UsageError(side + " needs --local ADDR:PORT");
+}
+
+std::string AdviceFor(const LinkOptions& options) {
+    if (options.PortType != PortTypeRS232) return {};
+    const LinkSettings defaults;
+    const auto least = LeastSensibleT1(options.Baud.value_or(defaults.BaudRate));
+    const auto t1 =
+        options.T1 ? std::chrono::milliseconds(std::lround(*options.T1 * 1'000.0F)) : defaults.T1;
+    if (t1 >= least) return {};
+    return "T1 of " + std::to_string(t1.count()) + " ms is short for this speed: at least " +
+           std::to_string(least.count()) + " ms are advisable";
 }
 
 PlatformOptions PlatformFor(const LinkOptions& options) {
@@ -151,7 +238,13 @@ void Configure(Hexmire& control, const LinkOptions& options, Role role) {
         control.RemoteIPAddress(options.Remote->Address);
         control.RemoteIPPort(options.Remote->Port);
     }
+    if (!options.Serial.empty()) control.SerialPort(options.Serial);
+    if (options.Baud) control.BaudRate(*options.Baud);
+    if (options.Retry) control.ConnectionRetryLimit(*options.Retry);
+    if (options.T1) control.T1Timeout(*options.T1);
+    if (options.T2) control.T2Timeout(*options.T2);
     if (options.T3) control.T3Timeout(*options.T3);
+    if (options.T4) control.T4Timeout(*options.T4);
     if (options.T5) control.T5Timeout(*options.T5);
     if (options.T6) control.T6Timeout(*options.T6);
     if (options.T7) control.T7Timeout(*options.T7);

@@ -24,8 +24,12 @@ struct LinkOptions {
     std::optional<std::int32_t> Mode{};
     std::optional<Endpoint> Local{};
     std::optional<Endpoint> Remote{};
+    std::string Serial{};  ///< device of an RS-232 link
+    std::optional<std::int32_t> Baud{};
     std::int32_t DeviceID = 0;
-    std::optional<std::int32_t> T3{}, T5{}, T6{}, T7{}, T8{};  ///< seconds; none: the control's own
+    std::optional<float> T1{}, T2{};  ///< seconds; none: the control's own, as everywhere below
+    std::optional<std::int32_t> T3{}, T4{}, T5{}, T6{}, T7{}, T8{};  ///< seconds
+    std::optional<std::int32_t> Retry{};
     bool SystemBytesCheck = false;
     std::vector<std::string> AllowedCallers{};
     /// Base name of the daily log; "": the control's own.
@@ -42,8 +46,12 @@ void AddLinkOptions(CLI::App& command, LinkOptions& options);
 /// The mode that a role has when none was given.
 [[nodiscard]] std::int32_t ModeOf(const LinkOptions& options, Role role);
 
-/// Throws UsageError when an address is missing that the mode needs.
+/// Throws UsageError when something is missing that the kind of link or the mode needs, or given
+/// that it has no use for.
 void CheckLinkOptions(const LinkOptions& options, Role role);
+
+/// What may be meant but is not advisable, in one line; "" when there is nothing.
+[[nodiscard]] std::string AdviceFor(const LinkOptions& options);
 
 /// The surroundings of the control: a link that stays open over the end of a connection.
 [[nodiscard]] PlatformOptions PlatformFor(const LinkOptions& options);

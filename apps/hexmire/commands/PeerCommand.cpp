@@ -53,6 +53,8 @@ void AddPeerOptions(CLI::App& command, PeerOptions& options) {
 
 void RunPeer(const PeerOptions& options) {
     CheckLinkOptions(options.Link, options.Side);
+    if (const std::string advice = AdviceFor(options.Link); !advice.empty())
+        std::cerr << "hexmire: warning: " << advice << std::endl;
     EventLoop loop;
     const Interrupt interrupt(loop);
     const std::unique_ptr<EventOutput> output = OutputFor(options);

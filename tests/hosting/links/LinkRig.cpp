@@ -1,6 +1,7 @@
 #include "LinkRig.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace hexmire::test {
 
@@ -81,6 +82,17 @@ LinkSettings LinkRig::Passive(std::uint16_t port) {
     return settings;
 }
 
+LinkSettings LinkRig::Serial(const std::string& path) {
+    using namespace std::chrono_literals;
+    LinkSettings settings = Active(1);
+    settings.PortType = 1;
+    settings.SerialPort = path;
+    settings.BaudRate = 19'200;
+    settings.T1 = 2s;
+    settings.T2 = 5s;
+    return settings;
+}
+
 // --- RawPeer -------------------------------------------------------------------------------------
 
 bool RawPeer::ConnectTo(std::uint16_t port) {
@@ -108,18 +120,9 @@ bool RawPeer::AcceptFrom(asio::ip::tcp::acceptor& acceptor) {
 void RawPeer::Send(std::string_view hex) { asio::write(socket_, asio::buffer(Bytes(hex))); }
 
 std::string RawPeer::Read(std::size_t count) {
-    std::vector<std::uint8_t> bytes(count);
-    bool done = false;
-    asio::async_read(
-        socket_, asio::buffer(bytes), [&](const asio::error_code& error, std::size_t got) {
-            done = true;
-            reset_ = error == asio::error::connection_reset;
-            bytes.resize(got);
-        });
-    if (!rig_.RunUntil([&] { return done; })) {
-        socket_.cancel();
-        (void)rig_.RunUntil([&] { return done; });
-    }
+    asio::error_code error;
+    const std::vector<std::uint8_t> bytes = ReadBytes(rig_, socket_, count, error);
+    reset_ = error == asio::error::connection_reset;
     return HexText(bytes);
 }
 
@@ -128,6 +131,19 @@ std::string RawPeer::ReadToEnd() { return Read(1 << 20U); }
 void RawPeer::Reset() {
     socket_.set_option(asio::socket_base::linger(true, 0));
     socket_.close();
+}
+
+// --- SECS-I ----------------------------------------------------------------------------------
+
+std::string BlockHex(std::string_view header, std::string_view data) {
+    std::vector<std::uint8_t> bytes = Bytes(header);
+    const std::vector<std::uint8_t> more = Bytes(data);
+    bytes.insert(bytes.end(), more.begin(), more.end());
+    const std::uint32_t sum = std::accumulate(bytes.begin(), bytes.end(), 0U);
+    bytes.insert(bytes.begin(), static_cast<std::uint8_t>(bytes.size()));
+    bytes.push_back(static_cast<std::uint8_t>(sum >> 8U));
+    bytes.push_back(static_cast<std::uint8_t>(sum));
+    return HexText(bytes);
 }
 
 // --- bytes ---------------------------------------------------------------------------------------

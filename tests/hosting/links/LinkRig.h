@@ -54,6 +54,8 @@ public:
     /// Settings for one end on loopback: HSMS-SS, device 5, short timers.
     [[nodiscard]] static LinkSettings Active(std::uint16_t port);
     [[nodiscard]] static LinkSettings Passive(std::uint16_t port);
+    /// Settings of a host on a serial port: device 5, 19200 bit/s, short timers.
+    [[nodiscard]] static LinkSettings Serial(const std::string& path);
 
     asio::io_context Loop;
 };
@@ -83,8 +85,31 @@ private:
     bool reset_ = false;
 };
 
+/// Reads so many bytes from a stream, running the loop; what came when it ended or failed.
+template <class Stream>
+std::vector<std::uint8_t> ReadBytes(LinkRig& rig,
+                                    Stream& stream,
+                                    std::size_t count,
+                                    asio::error_code& error) {
+    std::vector<std::uint8_t> bytes(count);
+    bool done = false;
+    asio::async_read(
+        stream, asio::buffer(bytes), [&](const asio::error_code& failure, std::size_t got) {
+            done = true;
+            error = failure;
+            bytes.resize(got);
+        });
+    if (!rig.RunUntil([&] { return done; })) {
+        stream.cancel();
+        (void)rig.RunUntil([&] { return done; });
+    }
+    return bytes;
+}
+
 /// Bytes of a hex text such as "0000000A FFFF".
 [[nodiscard]] std::vector<std::uint8_t> Bytes(std::string_view hex);
+/// A SECS-I block as on the line, as hex text: length, ten header bytes, data, checksum.
+[[nodiscard]] std::string BlockHex(std::string_view header, std::string_view data = {});
 /// Header bytes of a data message.
 [[nodiscard]] std::vector<std::uint8_t> Header(std::uint8_t streamWithW,
                                                std::uint8_t function,

@@ -2,10 +2,11 @@
 
 #include <asio/buffer.hpp>
 #include <asio/posix/stream_descriptor.hpp>
+#include <asio/steady_timer.hpp>
 #include <asio/write.hpp>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <termios.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -28,6 +29,34 @@ Pty::Pty() {
     slave_ = FileDescriptor(slave);
     path_ = name.data();
 }
+
+int Pty::Unread() const {
+    int count = 0;
+    return ::ioctl(slave_.Get(), FIONREAD, &count) == 0 ? count : -1;
+}
+
+// --- RawLine -------------------------------------------------------------------------------------
+
+void RawLine::Send(std::string_view hex) { asio::write(master_, asio::buffer(Bytes(hex))); }
+
+void RawLine::SendPaced(std::string_view hex, std::chrono::microseconds characterTime) {
+    auto next = std::chrono::steady_clock::now();
+    asio::steady_timer timer(rig_.Loop);
+    for (const std::uint8_t byte : Bytes(hex)) {
+        bool due = false;
+        timer.expires_at(next += characterTime);
+        timer.async_wait([&](const asio::error_code&) { due = true; });
+        (void)rig_.RunUntil([&] { return due; });
+        asio::write(master_, asio::buffer(&byte, 1));
+    }
+}
+
+std::string RawLine::Read(std::size_t count) {
+    asio::error_code error;
+    return HexText(ReadBytes(rig_, master_, count, error));
+}
+
+// --- PtyCable ------------------------------------------------------------------------------------
 
 namespace {
 

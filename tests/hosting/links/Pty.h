@@ -2,8 +2,13 @@
 
 #include <hexmire/hosting/FileDescriptor.h>
 
+#include "LinkRig.h"
 #include <asio/io_context.hpp>
+#include <asio/posix/stream_descriptor.hpp>
+#include <unistd.h>
 
+#include <chrono>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -20,6 +25,8 @@ public:
     [[nodiscard]] const std::string& Path() const { return path_; }
     [[nodiscard]] int Master() const { return master_.Get(); }
     [[nodiscard]] int Slave() const { return slave_.Get(); }
+    /// Bytes that have come in at the serial port and that nobody has read.
+    [[nodiscard]] int Unread() const;
     /// The line is gone: whoever has the port sees it hang up.
     void HangUp() { master_.Close(); }
 
@@ -27,6 +34,24 @@ private:
     FileDescriptor master_;
     FileDescriptor slave_;
     std::string path_;
+};
+
+/// The far end of a pseudo-terminal, blocking towards the test alone: every operation runs the
+/// loop.
+class RawLine {
+public:
+    RawLine(LinkRig& rig, const Pty& pty) : rig_(rig), master_(rig.Loop, ::dup(pty.Master())) {}
+
+    void Send(std::string_view hex);
+    /// Sends one character after the other at this pace.
+    void SendPaced(std::string_view hex, std::chrono::microseconds characterTime);
+    /// Reads so many bytes; their hex text, or what came in ten seconds.
+    std::string Read(std::size_t count);
+    void Close() { master_.close(); }
+
+private:
+    LinkRig& rig_;
+    asio::posix::stream_descriptor master_;
 };
 
 /// A cable between two serial ports: a thread carries the bytes both ways.
