@@ -139,7 +139,6 @@ const std::map<std::string, Setter, std::less<>>& Setters() {
         {"t7", OfControl(&Hexmire::T7Timeout)},
         {"t8", OfControl(&Hexmire::T8Timeout)},
         {"linktest-ms", OfDriver(&LinkSettings::LinktestInterval)},
-        {"stall-ms", OfDriver(&LinkSettings::WriteStall)},
     };
     return setters;
 }

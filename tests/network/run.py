@@ -70,7 +70,6 @@ def main(arguments):
         for port_type in PORT_TYPES
         for network, stage_type, its_scenes in networks
         for scene in its_scenes
-        if scene not in (scenes.OF_FRAMES if port_type == "tcpip" else scenes.OF_BLOCKS)
         if word in f"{network}, {port_type}: {scene.__name__.replace('_', ' ')}"
     ]
     watchdog = threading.Timer(LIMIT, give_up)

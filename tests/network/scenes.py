@@ -188,22 +188,6 @@ def packets_vanish_both_ways(stage):
     stage.finish()
 
 
-def large_messages_pile_up(stage):
-    """More than the system takes waits in the driver, a Linktest among it, and nothing moves."""
-    stage.start(TIMERS | {"stall_ms": 2000})
-    stage.talk()
-    stage.cable.conditions = Conditions(drop_all=True)
-    for side in stage.sides:
-        side.now.tell("send 50 300000")
-    stage.wait_ended()
-    for side in stage.sides:
-        side.now.tell("stop")
-        assert side.now.disconnects == [3009], f"{side.name}: {side.now.disconnects}"
-        assert side.now.codes[3073], f"no message of the {side.name} was waiting in the driver"
-    stage.cable.conditions = Conditions()
-    stage.finish()
-
-
 def outage(stage):
     """Lasts until HSMS has noticed, and for blocks over TCP until messages have been given up."""
     if stage.port_type == TCP:
@@ -399,21 +383,9 @@ def bytes_come_in_small_pieces(stage):
     assert stage.proxy.pieces > 400, f"{stage.proxy.pieces} pieces only"
 
 
-def acknowledges_come_too_late(stage):
-    """What had arrived is sent again."""
-    stage.start(PATIENT_TIMERS | {"t2": 1})
-    stage.proxy.treatment = Treatment(late_acks=1.5)
-    stage.talk(every=3, answered=2)
-    stage.finish()
-    stage.check_nothing_lost()
-    for side in stage.sides:
-        assert side.now.codes[3022], f"no block came twice to the {side.name}"
-
-
 ON_A_CABLE = [
     the_cable_is_pulled_at_one_end,
     packets_vanish_both_ways,
-    large_messages_pile_up,
     the_equipment_is_killed_and_started_again,
     the_host_is_killed_and_started_again,
     the_host_loses_its_power,
@@ -433,8 +405,4 @@ THROUGH_THE_RELAY = [
     the_host_is_killed_and_started_again,
     bytes_take_200_ms,
     bytes_come_in_small_pieces,
-    acknowledges_come_too_late,
 ]
-# Those that make no sense for the other way to carry messages.
-OF_BLOCKS = {acknowledges_come_too_late}
-OF_FRAMES = {large_messages_pile_up}

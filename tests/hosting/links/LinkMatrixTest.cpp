@@ -167,8 +167,9 @@ protected:
 };
 
 TEST_P(LinkMatrix, NothingIsLostDoubledOrReordered) {
-    // The side that listens alone opens first, or the other would wait for T5.
-    const bool hostFirst = GetParam().HostMode == ConnectionModePassive;
+    // A side that listens opens before one that does not, or the other would wait for T5.
+    const bool hostFirst = GetParam().EquipmentMode == ConnectionModeActive ||
+                           GetParam().HostMode == ConnectionModePassive;
     (hostFirst ? *host_ : *equipment_).Control.OpenPort();
     (hostFirst ? *equipment_ : *host_).Control.OpenPort();
     ASSERT_TRUE(RunUntil([&] { return host_->Connects == 1 && equipment_->Connects == 1; }))
@@ -178,18 +179,22 @@ TEST_P(LinkMatrix, NothingIsLostDoubledOrReordered) {
         end->Send("S1F1", FormatBinary, std::uint8_t{1});
     std::vector<std::uint8_t> recipe(kRecipeBytes);
     std::iota(recipe.begin(), recipe.end(), std::uint8_t{0});
-    host_->Send("S7F3", FormatBinary, Variant::Bytes(recipe));
+    for (End* end : {host_.get(), equipment_.get()})
+        end->Send("S7F3", FormatBinary, Variant::Bytes(recipe));
     for (std::uint32_t event = 0; event < kEvents; ++event) {
         for (End* end : {host_.get(), equipment_.get()})
             end->Send("S6F11", FormatU4, static_cast<std::int32_t>(event));
     }
     ASSERT_TRUE(RunUntil([&] {
         return host_->Acknowledged.size() >= kEvents &&
-               equipment_->Acknowledged.size() >= kEvents && host_->Replies.size() >= 2;
+               equipment_->Acknowledged.size() >= kEvents && host_->Replies.size() >= 2 &&
+               equipment_->Replies.size() >= 2;
     }));
     // What came twice would come now.
-    host_->Send("S1F1", FormatBinary, std::uint8_t{2});
-    ASSERT_TRUE(RunUntil([&] { return host_->Replies.size() >= 3; }));
+    for (End* end : {host_.get(), equipment_.get()})
+        end->Send("S1F1", FormatBinary, std::uint8_t{2});
+    ASSERT_TRUE(
+        RunUntil([&] { return host_->Replies.size() >= 3 && equipment_->Replies.size() >= 3; }));
 
     std::vector<std::uint32_t> numbers(kEvents);
     std::iota(numbers.begin(), numbers.end(), 0U);
@@ -198,11 +203,10 @@ TEST_P(LinkMatrix, NothingIsLostDoubledOrReordered) {
         EXPECT_EQ(end->Acknowledged, numbers);
         EXPECT_THAT(end->Errors, testing::IsEmpty());
         EXPECT_EQ(end->Connects, 1);
+        EXPECT_THAT(end->Replies, testing::ElementsAre("S1F1", "S7F3", "S1F1"));
+        ASSERT_EQ(end->Recipes.size(), 1U);
+        EXPECT_TRUE(end->Recipes.front() == recipe);
     }
-    EXPECT_THAT(host_->Replies, testing::ElementsAre("S1F1", "S7F3", "S1F1"));
-    EXPECT_THAT(equipment_->Replies, testing::ElementsAre("S1F1"));
-    ASSERT_EQ(equipment_->Recipes.size(), 1U);
-    EXPECT_TRUE(equipment_->Recipes.front() == recipe);
 }
 
 const Combination kCombinations[] = {
@@ -210,11 +214,15 @@ const Combination kCombinations[] = {
     {"tcpip_active_host", PortTypeTCPIP, ConnectionModeActive, ConnectionModePassive},
     {"tcpip_passive_host", PortTypeTCPIP, ConnectionModePassive, ConnectionModeActive},
     {"tcpip_alternating", PortTypeTCPIP, ConnectionModeAlternating, ConnectionModeAlternating},
+    {"tcpip_alternating_host", PortTypeTCPIP, ConnectionModeAlternating, ConnectionModePassive},
+    {"tcpip_alternating_equipment", PortTypeTCPIP, ConnectionModeActive, ConnectionModeAlternating},
     {"hsms_active_host", PortTypeHSMS, ConnectionModeActive, ConnectionModePassive},
     {"hsms_passive_host", PortTypeHSMS, ConnectionModePassive, ConnectionModeActive},
     {"hsms_alternating", PortTypeHSMS, ConnectionModeAlternating, ConnectionModeAlternating},
+    {"hsms_alternating_equipment", PortTypeHSMS, ConnectionModePassive, ConnectionModeAlternating},
     {"hsms_ss_active_host", PortTypeHSMS_SS, ConnectionModeActive, ConnectionModePassive},
     {"hsms_ss_passive_host", PortTypeHSMS_SS, ConnectionModePassive, ConnectionModeActive},
+    {"hsms_ss_alternating_host", PortTypeHSMS_SS, ConnectionModeAlternating, ConnectionModeActive},
     {"hsms_ss_alternating", PortTypeHSMS_SS, ConnectionModeAlternating, ConnectionModeAlternating},
 };
 
