@@ -8,5 +8,6 @@ void RegisterCodec();
 void RegisterTexts();
 void RegisterControl();
 void RegisterLinks();
+void RegisterSecs1();
 
 }  // namespace hexmire::bench

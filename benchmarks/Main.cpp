@@ -8,6 +8,7 @@ int main(int count, char** arguments) {
     hexmire::bench::RegisterTexts();
     hexmire::bench::RegisterControl();
     hexmire::bench::RegisterLinks();
+    hexmire::bench::RegisterSecs1();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

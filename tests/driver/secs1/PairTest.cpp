@@ -182,5 +182,20 @@ TEST(Secs1LongMessage, TheLongestMessageHas32767Blocks) {
     EXPECT_EQ(pair.Host().Sent.front().Header.Number, 32'767);
 }
 
+TEST(Secs1LongMessage, TakesHardlyLongerThanItsBytes) {
+    const LinkSettings settings = Secs1Rig::Settings(1);
+    LinePair pair(settings);
+    const auto body = PatternBytes(100'000);
+    pair.Send(false, ParseBlock("S6F11 000A 00000001").Header, body);
+    ASSERT_TRUE(pair.Run());
+    ASSERT_EQ(pair.Host().Received.size(), 1U);
+    const std::size_t blocks = 410;
+    const std::size_t least = body.size() + blocks * (3 + 1 + 10 + 2);
+    EXPECT_EQ(pair.Bytes(), least);
+    const std::chrono::duration<double> limit(static_cast<double>(least) * 10 / settings.BaudRate);
+    EXPECT_LE(pair.Elapsed(), limit * 1.02);
+    EXPECT_GE(pair.Elapsed(), limit * 0.99) << "faster than the line";
+}
+
 }  // namespace
 }  // namespace hexmire::test
