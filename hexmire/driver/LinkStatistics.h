@@ -28,8 +28,7 @@ struct LinkStatistics {
     Count SystemBytesReplaced = 0;   ///< delivered under substitute system bytes
     Count SubstitutesForgotten = 0;  ///< ways back given up, the table being full
 
-    // --- SECS-I line
-    // ------------------------------------------------------------------------------
+    // --- SECS-I line -----------------------------------------------------------------------------
     Count BlocksReceived = 0;   ///< blocks that came whole and undamaged
     Count BlocksSent = 0;       ///< blocks that were acknowledged
     Count BlocksRetried = 0;    ///< attempts of a block after its first
@@ -44,8 +43,7 @@ struct LinkStatistics {
     Count T1Timeouts = 0;       ///< block broken off; answered by NAK
     Count T2Timeouts = 0;       ///< no EOT, no ACK or no length byte
 
-    // --- SECS-I messages
-    // --------------------------------------------------------------------------
+    // --- SECS-I messages -------------------------------------------------------------------------
     Count WrongDirections = 0;       ///< R-bit of our own direction; dropped
     Count ForeignDeviceBlocks = 0;   ///< device ID is not ours; dropped
     Count DuplicateBlocks = 0;       ///< dropped
