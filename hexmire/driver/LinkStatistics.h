@@ -73,8 +73,7 @@ struct LinkStatistics {
     Count LinktestsSent = 0;                ///< Linktest.req of ours
 
     // --- connections -----------------------------------------------------------------------------
-    Count CrossingsResolved =
-        0;  ///< alternating: both ends had connected, one connection was closed
+    Count CrossingsResolved = 0;  ///< alternating: one of two attempts given up for the other
     Count ExtraConnections = 0;   ///< callers refused because a link is up
     Count CallersNotAllowed = 0;  ///< callers refused because they are not on the list
     Count SelfConnections = 0;    ///< connects that led back to their own socket
