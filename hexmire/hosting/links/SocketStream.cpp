@@ -1,5 +1,7 @@
 #include <hexmire/hosting/links/SocketStream.h>
 
+#include <asio/error.hpp>
+
 namespace hexmire::link {
 
 using Socket = asio::ip::tcp::socket;
@@ -13,11 +15,17 @@ void SocketStream::WaitForRoom(Ready ready) {
 }
 
 std::size_t SocketStream::Read(asio::mutable_buffer into, asio::error_code& error) {
-    return socket_.read_some(asio::mutable_buffers_1(into), error);
+    const std::size_t count = socket_.read_some(asio::mutable_buffers_1(into), error);
+    if (error == asio::error::eof && wasReset_) error = asio::error::connection_reset;
+    return count;
 }
 
 std::size_t SocketStream::Write(std::span<const asio::const_buffer> from, asio::error_code& error) {
-    return socket_.write_some(from, error);
+    const std::size_t count = socket_.write_some(from, error);
+    // The system tells of a reset once: whoever reads afterwards finds what looks like an end in
+    // good order.
+    if (error == asio::error::connection_reset) wasReset_ = true;
+    return count;
 }
 
 void SocketStream::ShutdownSend() noexcept {

@@ -22,6 +22,7 @@ public:
 
 private:
     asio::ip::tcp::socket socket_;
+    bool wasReset_ = false;
 };
 
 }  // namespace hexmire::link

@@ -97,6 +97,14 @@ TEST_F(PassiveDriver, AResetIsToldAsALostConnection) {
     EXPECT_FALSE(driver_->LinkStatus());
 }
 
+TEST_F(PassiveDriver, AResetThatAWriteMeetsFirstIsToldAsALostConnectionToo) {
+    Select();
+    peer_.Reset();
+    driver_->SendMessage(Header(0x81, 1, 1), Variant(), 0);
+    ASSERT_TRUE(rig_.RunUntil([&] { return events_.Has("Disconnect"); }));
+    EXPECT_THAT(events_.Lines, ElementsAre("Error 3073", "Disconnect 3055"));
+}
+
 TEST_F(PassiveDriver, AHalfCloseCountsAsAClose) {
     Select();
     peer_.Socket().shutdown(asio::socket_base::shutdown_send);
