@@ -5,11 +5,11 @@
 // Standard input, one command a line:
 //   open            open the port
 //   send EVERY SIZE send a numbered message of SIZE characters each EVERY milliseconds
-//   stop            send no more
+//   stop            send no more, and tell so
 //   once SIZE       send one
 //   quit            close the port, wait for its end, leave
 // Standard output, one event a line, each written out at once:
-//   connect | disconnect CODE TEXT | error CODE TEXT
+//   connect | disconnect CODE TEXT | error CODE TEXT | stopped
 //   sent NUMBER SYSTEM-BYTES | got NUMBER | answered NUMBER | late NUMBER | damaged TEXT
 #include <hexmire/hexmire.h>
 
@@ -139,6 +139,7 @@ const std::map<std::string, Setter, std::less<>>& Setters() {
         {"t7", OfControl(&Hexmire::T7Timeout)},
         {"t8", OfControl(&Hexmire::T8Timeout)},
         {"linktest-ms", OfDriver(&LinkSettings::LinktestInterval)},
+        {"stall-ms", OfDriver(&LinkSettings::WriteStall)},
     };
     return setters;
 }
@@ -264,6 +265,7 @@ void NumberedPeer::Obey(const std::string& line) {
         sendAt_ = Clock::now();
     } else if (command == "stop") {
         sendAt_.reset();
+        std::cout << "stopped" << std::endl;
     } else if (command == "once") {
         words >> size_;
         SendOne(size_);

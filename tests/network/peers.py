@@ -23,7 +23,9 @@ class Run:
         self.connects = 0
         self.connected = False
         self.killed = False
+        self.errors = ""  # its standard error, when it has ended
         self.last_lines = collections.deque(maxlen=25)
+        self._stops = 0
         self._started = time.monotonic()
         self._changed = threading.Condition()
         self._process = start(
@@ -43,6 +45,12 @@ class Run:
         self._process.stdin.write(command + "\n")
         self._process.stdin.flush()
 
+    def stop(self):
+        """Lets it send no more; afterwards every message is known."""
+        before = self._stops
+        self.tell("stop")
+        self.wait(lambda: self._stops > before, "the end of sending")
+
     def wait(self, condition, what, seconds=PATIENCE):
         with self._changed:
             if not self._changed.wait_for(condition, seconds):
@@ -54,12 +62,12 @@ class Run:
         self._leave()
 
     def quit(self):
-        """Exit status and standard error."""
+        """Exit status."""
         if not self.killed:
             self.tell("quit")
             self._process.stdin.close()
             self._leave()
-        return self._process.returncode, self._errors
+        return self._process.returncode
 
     def alive(self):
         return self._process.poll() is None
@@ -71,7 +79,7 @@ class Run:
             self._process.kill()
             self._process.wait()
         self._reader.join()
-        self._errors = self._process.stderr.read()
+        self.errors = self._process.stderr.read()
         for stream in (self._process.stdin, self._process.stdout, self._process.stderr):
             try:
                 stream.close()
@@ -94,6 +102,8 @@ class Run:
             self.disconnects.append(int(first))
         elif event == "error":
             self._take_error(int(first), rest)
+        elif event == "stopped":
+            self._stops += 1
         elif event == "sent":
             self.sent[int(first)] = int(rest)
         elif event == "got":
@@ -166,8 +176,12 @@ class Side:
                 assert not both, f"{self.name}: {number} was answered and reported as {codes}"
 
     def story(self):
-        """The last lines of each process."""
-        return [f"{self.name} {line}" for run in self.runs for line in run.last_lines]
+        """The last lines of each process, and the first of its standard error."""
+        lines = []
+        for run in self.runs:
+            lines += [f"{self.name} {line}" for line in run.last_lines]
+            lines += [f"{self.name} ! {line}" for line in run.errors.splitlines()[:40]]
+        return lines
 
     def summary(self):
         sent = sum(len(run.sent) for run in self.runs)

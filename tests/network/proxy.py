@@ -10,6 +10,7 @@ import threading
 import time
 
 ADDRESS = "127.0.0.1"
+ACK = b"\6"
 
 
 @dataclasses.dataclass(frozen=True)
@@ -19,6 +20,7 @@ class Treatment:
     hold: bool = False  # nothing is read, passed on or answered
     delay: float = 0.0  # seconds
     chop: bool = False  # pieces of 1 to 7 bytes, each in a segment of its own
+    late_acks: float = 0.0  # seconds by which every second ACK of a SECS-I line is late
 
 
 class Way:
@@ -39,6 +41,7 @@ class Proxy:
         self.treatment = Treatment()
         self.pieces = 0
         self.connections = 0
+        self._acks = 0
         self._target_port = target_port
         self._random = random.Random(20261121)
         self._ways = []
@@ -138,7 +141,12 @@ class Proxy:
         except ConnectionError:
             self._drop(way, True)
             return
-        way.flying.append((time.monotonic() + self.treatment.delay, data))
+        due = time.monotonic() + self.treatment.delay
+        if data == ACK:
+            self._acks += 1
+            if self._acks % 2:
+                due += self.treatment.late_acks
+        way.flying.append((due, data))
         way.ended = not data
 
     def _pass_on(self, way):
