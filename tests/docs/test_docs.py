@@ -40,6 +40,25 @@ class Documents(unittest.TestCase):
         self.assertEqual(10, len(numbers))
         self.assertEqual(numbers, in_document)
 
+    def test_the_examples_of_links_are_those_of_a_program(self):
+        source = (ROOT / "examples/any_link.cpp").read_text(encoding="utf-8")
+        lines = {line.strip() for line in source.splitlines()}
+        text = (ROOT / "docs/links.md").read_text(encoding="utf-8")
+        section = re.split(r"^## ", text, flags=re.MULTILINE)
+        examples = next(part for part in section if part.startswith("One example"))
+        fragments = re.findall(r"```cpp\n(.*?)```", examples, re.DOTALL)
+        self.assertEqual(4, len(fragments))
+        for line in "".join(fragments).splitlines():
+            self.assertIn(line, lines)
+
+    def test_the_codes_to_check_are_known(self):
+        text = (ROOT / "docs/links.md").read_text(encoding="utf-8")
+        known = (ROOT / "docs/errors.md").read_text(encoding="utf-8")
+        codes = set(re.findall(r"\b[23]0\d\d\b", text.split("## What to check first")[1]))
+        self.assertGreater(len(codes), 30)
+        for code in codes:
+            self.assertRegex(known, rf"(?m)^\| {code} ")
+
     def test_every_link_between_documents_leads_somewhere(self):
         for document in DOCUMENTS:
             text = document.read_text(encoding="utf-8")
