@@ -20,7 +20,7 @@ class Treatment:
     hold: bool = False  # nothing is read, passed on or answered
     delay: float = 0.0  # seconds
     chop: bool = False  # pieces of 1 to 7 bytes, each in a segment of its own
-    late_acks: float = 0.0  # seconds by which every second ACK of a SECS-I line is late
+    late_acks: float = 0.0  # seconds by which every second ACK of an end is late (SECS-I)
 
 
 class Way:
@@ -30,6 +30,7 @@ class Way:
         self.source, self.target = source, target
         self.flying = collections.deque()  # (due, bytes); b"" is the end of the stream
         self.ended = False
+        self.acks = 0
 
 
 class Proxy:
@@ -41,7 +42,6 @@ class Proxy:
         self.treatment = Treatment()
         self.pieces = 0
         self.connections = 0
-        self._acks = 0
         self._target_port = target_port
         self._random = random.Random(20261121)
         self._ways = []
@@ -143,8 +143,8 @@ class Proxy:
             return
         due = time.monotonic() + self.treatment.delay
         if data == ACK:
-            self._acks += 1
-            if self._acks % 2:
+            way.acks += 1
+            if way.acks % 2:
                 due += self.treatment.late_acks
         way.flying.append((due, data))
         way.ended = not data
