@@ -164,6 +164,25 @@ TEST_P(AlternatingDriver, OfTwoConnectionsKeepsThatOfTheHost) {
     EXPECT_EQ(events_.Count("Disconnect"), 0U);
 }
 
+TEST_P(AlternatingDriver, LosesNothingWhenThePeerChangesOverFirst) {
+    Listen();
+    Open();
+    ASSERT_TRUE(called_.AcceptFrom(*acceptor_));
+    TakeSelect(called_);
+    // Both are there before the driver looks: the end of its own connection first.
+    called_.Close();
+    caller_.Socket().connect({asio::ip::address_v4::loopback(), port_});
+    if (settings_.HostRole) {
+        EXPECT_TRUE(rig_.RunUntil([&] { return events_.Has(IsSecs() ? "Disconnect" : "Error"); }))
+            << "its own connection was the one to keep";
+        return;
+    }
+    ExpectAlive(caller_);
+    EXPECT_EQ(driver_->Statistics().CrossingsResolved, 1U);
+    EXPECT_EQ(events_.Count("Error"), 0U);
+    EXPECT_EQ(events_.Count("Disconnect"), 0U);
+}
+
 TEST_P(AlternatingDriver, TakesACallerWhileItsOwnCallHangs) {
     // A listener whose queue is full lets callers wait.
     asio::ip::tcp::acceptor full(rig_.Loop);
@@ -173,8 +192,13 @@ TEST_P(AlternatingDriver, TakesACallerWhileItsOwnCallHangs) {
     RawPeer first(rig_);
     ASSERT_TRUE(first.ConnectTo(peerPort_));
     Open();
+    const auto begun = std::chrono::steady_clock::now();
     ASSERT_TRUE(caller_.ConnectTo(port_));
     ExpectAlive(caller_);
+    if (settings_.HostRole) {
+        EXPECT_GE(std::chrono::steady_clock::now() - begun, 490ms)
+            << "a host's own call goes first for a while";
+    }
     EXPECT_EQ(driver_->Statistics().ConnectFailures, 0U);
     EXPECT_EQ(events_.Count("Error"), 0U);
 }
