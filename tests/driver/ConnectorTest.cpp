@@ -216,6 +216,21 @@ TEST_F(ConnectorTest, ASerialPortIsOpenedWhateverTheMode) {
     EXPECT_EQ(Begin(), "start T5 10000");
 }
 
+TEST_F(ConnectorTest, TheFirstAttemptSinceOpenIsKnown) {
+    Link.Open();
+    Begin();
+    EXPECT_TRUE(Link.IsFirstAttempt());
+    FailAt(0ms);
+    At(10'000ms);
+    Begin();
+    EXPECT_FALSE(Link.IsFirstAttempt());
+    Link.Drop();
+    Link.Open();
+    At(20'000ms);
+    Begin();
+    EXPECT_TRUE(Link.IsFirstAttempt());
+}
+
 TEST_F(ConnectorTest, ThePeerIsNamedWithItsPort) {
     Begin();
     Link.OnConnected(kOwn);

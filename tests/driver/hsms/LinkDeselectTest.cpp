@@ -3,6 +3,8 @@
 #include "../../fakes/LinkNetwork.h"
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace hexmire::test {
 namespace {
 
@@ -185,6 +187,20 @@ TEST(HsmsDeselect, TheAnswerIsReadHoweverMuchWaitsForTheControl) {
     EXPECT_EQ(rig.Do("close"), "stop-listening; tx DeselectReq 0005 38000000; resume");
     EXPECT_EQ(rig.Do("rx LinktestReq FFFF 00000002"), "tx LinktestRsp FFFF 00000002");
     EXPECT_EQ(rig.Do("rx DeselectRsp 0005 38000000"), "shutdown");
+}
+
+TEST(HsmsDeselect, ReadingGoesOnWithTheRequestAndNotWithItsWriting) {
+    LinkSettings settings = Deselecting();
+    settings.MaxWaitingMessages = 1;
+    HsmsRig rig(settings);
+    Select(rig);
+    rig.Consumes = false;
+    rig.Do("rx S6F1 0005 00000001");
+    rig.Machine().Close(rig.Now());
+    std::vector<link::Action> actions;
+    rig.Machine().TakeActions(actions);
+    EXPECT_NE(std::find(actions.begin(), actions.end(), link::Action(link::ResumeReading{})),
+              actions.end());
 }
 
 TEST(HsmsDeselect, TwoEndsDoItTogether) {

@@ -215,6 +215,22 @@ TEST(HsmsReceive, HighSystemBytesGoUpUnderASubstituteAndTheReplyGoesOutWithTheOr
         << "there is only one reply";
 }
 
+TEST(HsmsReceive, TransactionsEndWithTheSession) {
+    LinkSettings settings = HsmsRig::Settings(2, false);
+    settings.SystemBytesCheck = true;
+    for (const char* end : {"rx SeparateReq 0005 00000002", "rx DeselectReq 0005 00000002"}) {
+        HsmsRig rig(settings);
+        rig.Do("open");
+        rig.Do("connected");
+        rig.Do("rx SelectReq FFFF 00000001");
+        rig.Do("send S1F1W 0005 00000007");
+        rig.Do(end);
+        rig.Do("rx SelectReq FFFF 00000003");
+        EXPECT_EQ(rig.Do("rx S1F2 0005 00000007"), "Received S1F2 0005 00000007");
+        EXPECT_EQ(rig.Statistics().RepliesWithoutTransaction, 1U) << end;
+    }
+}
+
 TEST(HsmsReceive, SubstitutesEndWithTheSession) {
     HsmsRig rig(HsmsRig::Settings(4, false));
     rig.Do("open");

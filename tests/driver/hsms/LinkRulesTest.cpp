@@ -131,6 +131,15 @@ TEST(HsmsPort, OpenDuringTheOrderlyCloseStartsWhenTheOldLinkIsGone) {
     EXPECT_EQ(rig.State(), "NOT CONNECTED");
 }
 
+TEST(HsmsPort, OpenDuringTheOrderlyCloseHoldsWithoutAutoReconnectToo) {
+    HsmsRig rig(WithoutReconnect(4, false));
+    Select(rig);
+    rig.Do("close");
+    rig.Do("open");
+    EXPECT_EQ(rig.Do("fin"), "Disconnect 0; close; listen 10.0.0.1:5000");
+    EXPECT_TRUE(rig.Machine().IsOpen());
+}
+
 TEST(HsmsPort, TheOrderlyCloseTakesAtMostTwoSeconds) {
     HsmsRig rig(HsmsRig::Settings());
     Select(rig);
