@@ -142,7 +142,7 @@ class Proxy:
             self._drop(way, True)
             return
         due = time.monotonic() + self.treatment.delay
-        if data == ACK:
+        if data[:1] == ACK:  # an ENQ may follow in the same segment
             way.acks += 1
             if way.acks % 2:
                 due += self.treatment.late_acks
