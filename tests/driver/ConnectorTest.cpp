@@ -206,6 +206,14 @@ TEST_F(ConnectorTest, TheSameAddressWithAnotherPortIsNotItself) {
     EXPECT_EQ(Link.OnConnected({"10.0.0.2", 40'000, "10.0.0.2", 5'000, false}), Verdict::Adopted);
 }
 
+TEST_F(ConnectorTest, AConnectionToOurOwnListenerIsOneToItself) {
+    Use(kAlternating);
+    Begin();
+    const Endpoints own{"10.0.0.1", 40'000, "10.0.0.1", 5'000, false};
+    EXPECT_EQ(Link.OnConnected(own), Verdict::Again);
+    EXPECT_EQ(Take(), "Error 3057 Connected to itself: 10.0.0.1:5000; refuse");
+}
+
 TEST_F(ConnectorTest, ASerialPortIsOpenedWhateverTheMode) {
     Settings.PortType = 1;
     Use(kPassive);

@@ -206,6 +206,24 @@ TEST(CrossingEnds, TheHostsConnectionIsKeptWheneverBothAreUnderWay) {
     }
 }
 
+/// Both set up as host, or both as equipment: a mistake, but none that keeps them apart for good.
+TEST(CrossingEnds, TwoOfTheSameRoleComeTogetherByTheirPaces) {
+    for (const bool hosts : {true, false}) {
+        for (const Milliseconds delay : {0ms, 1ms, 50ms, 300ms}) {
+            SCOPED_TRACE(std::to_string(delay.count()) + (hosts ? " ms, hosts" : " ms, equipment"));
+            LinkSettings first = Settings(4, kAlternating, true);
+            LinkSettings second = Settings(4, kAlternating, false);
+            first.HostRole = second.HostRole = hosts;
+            LinkNetwork network(first, second);
+            network.Delay = {delay, delay};
+            network.Open(0);
+            network.Open(1);
+            ExpectOneLink(network, 200s);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
 TEST(CrossingEnds, OnALineSlowerThanTheWaitTheyStillComeTogether) {
     for (const Milliseconds delay : {260ms, 400ms, 700ms, 1'500ms}) {
         for (const Milliseconds lead : {0ms, 50ms, -50ms, 300ms, -300ms}) {
