@@ -401,10 +401,15 @@ def bytes_come_in_small_pieces(stage):
 
 
 def acknowledges_come_too_late(stage):
-    """What had arrived is sent again."""
+    """What had arrived is sent again. One exchange at a time: such a line carries little."""
     stage.start(TIMERS | {"t3": 10})
     stage.proxy.treatment = Treatment(late_acks=1.5)
-    stage.talk(every=3, answered=2)
+    for count in (1, 2):
+        for side in stage.sides:
+            run = side.now
+            run.tell("once 30")
+            settled = lambda run=run, count=count: len(run.sent) == count and not run.unaccounted()
+            run.wait(settled, f"an answer or error for message {count} of the {side.name}")
     stage.proxy.treatment = Treatment()
     stage.finish()
     for side in stage.sides:
