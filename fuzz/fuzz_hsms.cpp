@@ -1,6 +1,7 @@
 // An HSMS link machine against any peer: bytes in any pieces, timers that expire, writes that
-// stall, connections that end. The first byte chooses port type, mode and reconnection; then one
-// byte for each step, its upper half a number, with the bytes behind it where bytes arrive.
+// stall, connections that end. The first byte chooses port type, mode, reconnection, role and how
+// sessions end; then one byte for each step, its upper half a number, with the bytes behind it
+// where bytes arrive.
 #include "../tests/fakes/HsmsRig.h"
 #include "Require.h"
 
@@ -19,7 +20,9 @@ using hexmire::test::HsmsRig;
 class Link {
 public:
     explicit Link(std::uint8_t choice)
-        : active_((choice & 2U) != 0), rig_(Settings(choice, active_)) {
+        : active_((choice & 2U) != 0),
+          listens_(!active_ || (choice & 8U) != 0),
+          rig_(Settings(choice, active_)) {
         rig_.Do("open");
         Connect();
     }
@@ -56,32 +59,35 @@ private:
     static hexmire::LinkSettings Settings(std::uint8_t choice, bool active) {
         hexmire::LinkSettings settings = HsmsRig::Settings((choice & 1U) != 0 ? 2 : 4, active);
         settings.AutoReconnect = (choice & 4U) != 0;
+        if (active && (choice & 8U) != 0) settings.HSMSConnectionMode = 3;
+        settings.DeselectOnClose = (choice & 16U) != 0;
+        settings.HostRole = (choice & 32U) == 0;
         return settings;
     }
     [[nodiscard]] bool IsConnected() const {
-        return rig_.State() == "NOT SELECTED" || rig_.State() == "SELECTED" ||
-               rig_.State() == "ENDING";
+        return rig_.State() != "CLOSED" && rig_.State() != "NOT CONNECTED";
     }
     void Connect() {
         if (rig_.State() != "NOT CONNECTED") return;
-        if (!active_) {
+        if (rig_.Runs(hexmire::link::TimerId::ConnectTimeout)) {
+            rig_.Do("connected");
+        } else if (listens_) {
             rig_.Do("listening");
             rig_.Do("caller 10.0.0.2");
-        } else if (rig_.Runs(hexmire::link::TimerId::ConnectTimeout)) {
-            rig_.Do("connected");
         }
     }
     void Do(std::size_t step) {
         if (step == 0) {
             Connect();
         } else if (step == 1) {
-            if (!active_ && IsConnected()) rig_.Do(kSteps[step]);
+            if (listens_ && (active_ || IsConnected())) rig_.Do(kSteps[step]);
         } else if (step > 3 || IsConnected()) {
             rig_.Do(kSteps[step]);
         }
     }
 
     bool active_;
+    bool listens_;  // passive or alternating
     HsmsRig rig_;
 };
 
