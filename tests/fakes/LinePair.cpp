@@ -142,7 +142,7 @@ bool LinePair::Write(std::size_t index) {
     return count > 0;
 }
 
-/// One write arrives as one read, unless a late byte splits it.
+/// One write arrives as one read, unless a late byte splits it or each byte comes by itself.
 void LinePair::Carry(std::size_t from, std::span<const std::uint8_t> bytes) {
     link::TimePoint& free = ends_[from].Free;
     free = std::max(free, now_);
@@ -163,6 +163,7 @@ void LinePair::Carry(std::size_t from, std::span<const std::uint8_t> bytes) {
         const unsigned mask = damage == Damage::Changed ? fault_.Mask : 0U;
         arrival.Bytes.push_back(static_cast<std::uint8_t>(byte ^ mask));
         if (damage == Damage::Doubled) arrival.Bytes.push_back(byte);
+        if (OneByOne) arrive();
     }
     arrive();
 }

@@ -61,7 +61,8 @@ public:
     [[nodiscard]] std::size_t Bytes() const { return bytes_; }
     [[nodiscard]] std::chrono::nanoseconds Elapsed() const { return now_ - start_; }
 
-    bool Echo = true;  ///< each end answers primaries with W-bit with their own body
+    bool OneByOne = false;  ///< each byte arrives by itself, not each write
+    bool Echo = true;       ///< each end answers primaries with W-bit with their own body
 
 private:
     struct End {

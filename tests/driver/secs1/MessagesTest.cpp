@@ -281,6 +281,9 @@ TEST(Secs1Replies, OnlyAReplyToABlockThatWentOutIsEarly) {
     EXPECT_FALSE(told({{send, ""}, {"rx ENQ", ""}}, "S1F2 800A 00000001 #1E"))
         << "only ENQ went out";
     EXPECT_FALSE(told({{"rx ENQ", ""}, {send, ""}}, "S1F2 800A 00000001 #1E"));
+    EXPECT_FALSE(told({{"send S1F3W 000A 00000009", ""}, {"pass", ""}, {send, ""}, {"rx ENQ", ""}},
+                      "S1F2 800A 00000001 #1E"))
+        << "it was the message before that did";
     EXPECT_FALSE(told({{"send S1F1W 000A 00000001 *245", ""},
                        {"rx EOT", ""},
                        {"advance 500", ""},
@@ -316,6 +319,29 @@ TEST(Secs1Replies, WithoutTransactionTheyAreCountedAndDelivered) {
     EXPECT_EQ(transact("S1F4 800A 00000001"), 4U);
 }
 
+TEST(Secs1Replies, OnlyAPrimaryThatWantsOneHasATransaction) {
+    LinkSettings settings = Secs1Rig::Settings();
+    settings.SystemBytesCheck = true;
+    ConnectedRig rig(settings);
+    rig.Do("send S1F1 000A 00000001");
+    rig.Do("pass");
+    rig.Do("take S1F2 800A 00000001 #1E");
+    EXPECT_EQ(rig.Statistics().RepliesWithoutTransaction, 1U);
+}
+
+TEST(Secs1Replies, TheTransactionEndsWithTheLink) {
+    LinkSettings settings = Secs1Rig::Settings();
+    settings.SystemBytesCheck = true;
+    ConnectedRig rig(settings);
+    rig.Do("send S1F1W 000A 00000001");
+    rig.Do("pass");
+    rig.Do("fin");
+    rig.Do("advance 10000");
+    rig.Do("connected");
+    rig.Do("take S1F2 800A 00000001 #1E");
+    EXPECT_EQ(rig.Statistics().RepliesWithoutTransaction, 1U);
+}
+
 TEST(Secs1Replies, TheTransactionEndsWithT3InSilence) {
     LinkSettings settings = Secs1Rig::Settings();
     settings.SystemBytesCheck = true;
@@ -347,6 +373,26 @@ TEST(Secs1SystemBytes, ThoseThatTheControlCannotCountAreReplaced) {
                  {"send S6F12 000A 7FFFFFFF", "tx ENQ"},
                  {"pass", "tx S6F12 000A 7FFFFFFF #1E; Sent S6F12 000A 7FFFFFFF #1E"}});
     EXPECT_EQ(rig.Statistics().SystemBytesReplaced, 2U);
+}
+
+TEST(Secs1SystemBytes, TheWayBackIsForOneReply) {
+    ConnectedRig rig(Secs1Rig::Settings());
+    rig.Do("take S6F11W 800A 80000001 #1E");
+    rig.Do("send S6F12 000A 40000000");
+    EXPECT_EQ(rig.Do("rx EOT"), "tx S6F12 000A 80000001 #1E");
+    rig.Do("rx ACK");
+    rig.Do("send S6F12 000A 40000000");
+    EXPECT_EQ(rig.Do("rx EOT"), "tx S6F12 000A 40000000 #1E");
+}
+
+TEST(Secs1SystemBytes, TheWayBackEndsWithTheLink) {
+    ConnectedRig rig(Secs1Rig::Settings());
+    rig.Do("take S6F11W 800A 80000001 #1E");
+    rig.Do("fin");
+    rig.Do("advance 10000");
+    rig.Do("connected");
+    rig.Do("send S6F12 000A 40000000");
+    EXPECT_EQ(rig.Do("rx EOT"), "tx S6F12 000A 40000000 #1E");
 }
 
 TEST(Secs1SystemBytes, TheWayBackLastsT3FromTheLastBlock) {

@@ -17,6 +17,7 @@ struct Medium {
     const char* Name;
     std::int32_t PortType;
     bool Interleave;
+    bool OneByOne;
 };
 
 LinkSettings SettingsOf(const Medium& medium) {
@@ -123,6 +124,7 @@ void ExpectNothingLost(const Medium& medium, LinePair::Fault fault, const std::s
     LinkStatistics::Count retried = 0;
     for (fault.Byte = 0; fault.Byte < undisturbed.Bytes(); ++fault.Byte) {
         LinePair pair(SettingsOf(medium), fault);
+        pair.OneByOne = medium.OneByOne;
         SendBothWays(pair);
         ASSERT_TRUE(pair.Run()) << name << " byte " << fault.Byte;
         ASSERT_EQ(FaultsOf(pair), "") << name << " byte " << fault.Byte;
@@ -162,9 +164,13 @@ TEST_P(Secs1Pair, EachByteLate) {
 
 INSTANTIATE_TEST_SUITE_P(Media,
                          Secs1Pair,
-                         testing::Values(Medium{"Serial", 1, false},
-                                         Medium{"TcpWithInterleaveCheck", 3, true}),
+                         testing::Values(Medium{"Serial", 1, false, false},
+                                         Medium{"TcpWithInterleaveCheck", 3, true, false}),
                          [](const auto& one) { return std::string(one.param.Name); });
+
+TEST(Secs1LineOneByOne, EachByteLost) {
+    ExpectNothingLost({"Serial", 1, false, true}, {.What = LinePair::Damage::Lost}, "lost");
+}
 
 TEST(Secs1LongMessage, TheLongestMessageHas32767Blocks) {
     LinePair pair(Secs1Rig::Settings(3));
