@@ -40,6 +40,17 @@ TEST(Secs1BackPressure, ReadingStopsUntilHalfIsConsumed) {
     EXPECT_EQ(LinkSettings().MaxWaitingMessages, 10'000U);
 }
 
+TEST(Secs1BackPressure, OneLessThanTheBoundIsNotHalf) {
+    LinkSettings settings = Secs1Rig::Settings();
+    settings.MaxWaitingMessages = 4;
+    SlowRig rig(settings);
+    for (int number = 1; number <= 3; ++number) {
+        ExpectSteps(rig, {Take(Number(number) + " #1E", Delivered(number))});
+    }
+    rig.Do("take " + Number(4) + " #1E");
+    ExpectSteps(rig, {{"consumed 1", ""}, {"consumed 1", "resume"}, {"consumed 2", ""}});
+}
+
 TEST(Secs1BackPressure, TheLinesTimersStandStillMeanwhile) {
     SlowRig rig(TwoWaiting());
     rig.Do("take " + Number(1) + " #1E");
