@@ -3,15 +3,16 @@
 
 namespace hexmire {
 
-ClockReading SystemClock::Now() const {
-    const auto now = std::chrono::system_clock::now();
-    const auto second = std::chrono::floor<std::chrono::seconds>(now);
+ClockReading SystemClock::Now() const { return At(std::chrono::system_clock::now()); }
+
+ClockReading SystemClock::At(std::chrono::system_clock::time_point moment) const {
+    const auto second = std::chrono::floor<std::chrono::seconds>(moment);
     if (second != second_) {
         reading_ = LocalTime(second);
         second_ = second;
     }
     ClockReading reading = reading_;
-    reading.TimeOfDay += now - second;
+    reading.TimeOfDay += moment - second;
     return reading;
 }
 

@@ -11,9 +11,11 @@ namespace hexmire {
 class SystemClock final : public IClock {
 public:
     [[nodiscard]] ClockReading Now() const override;
+    /// What the clock shows at that moment.
+    [[nodiscard]] ClockReading At(std::chrono::system_clock::time_point moment) const;
 
 private:
-    // The log asks many times within one second: its calendar is worked out once.
+    // Logs and traces ask many times within one second: its calendar is worked out once.
     mutable std::chrono::sys_seconds second_{};
     mutable ClockReading reading_{};
 };
