@@ -11,7 +11,7 @@ namespace {
 
 using enum LinkError;
 
-constexpr std::array<std::pair<LinkError, std::string_view>, 52> kTexts{{
+constexpr std::array<std::pair<LinkError, std::string_view>, 53> kTexts{{
     {LocalClose, ""},
     {T1, "T1 time-out, block incomplete"},
     {T2, "T2 time-out"},
@@ -63,6 +63,7 @@ constexpr std::array<std::pair<LinkError, std::string_view>, 52> kTexts{{
     {ReceiveBacklog, "Receive backlog, reading stopped"},
     {SendAborted, "Queued message aborted by disconnect"},
     {TraceFailed, "Trace file cannot be written"},
+    {RecipeFailed, "Recipe not stored"},
     {HostileBody, "Hostile body refused"},
 }};
 

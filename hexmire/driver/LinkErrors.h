@@ -61,6 +61,7 @@ enum class LinkError : std::int32_t {
     ReceiveBacklog = 3072,       ///< reading has stopped until the control has caught up
     SendAborted = 3073,          ///< queued message that never went out
     TraceFailed = 3080,          ///< trace file cannot be written; traffic goes on
+    RecipeFailed = 3081,         ///< process program not stored; its message goes on
     HostileBody = 3090,          ///< received message dropped, its body would only burn the host
     Internal = 3099,             ///< a failure inside the driver, or a call that makes no sense
 };

@@ -85,6 +85,9 @@ struct LinkSettings {  // NOLINT(clang-analyzer-optin.performance.Padding)
     std::size_t MaxQueuedBytes = std::size_t{64} * 1024 * 1024;
     /// Received messages that may wait for the control before reading stops.
     std::size_t MaxWaitingMessages = 10'000;
+    /// Folder of captures (pcapng) of what goes over TCP, one file for each port and day; empty: no
+    /// captures. Read when the driver is made.
+    std::string CaptureFolder;
     /// True: T1 to T8 need only be positive. For rigs that run in accelerated time.
     bool AllowShortTimers = false;
 

@@ -100,6 +100,11 @@ struct LinkStatistics {
     Count ReadingPauses = 0;   ///< reading stopped until the control or the peer caught up
     Count ErrorsLeftOut = 0;   ///< errors told of in a summary only
 
+    // --- files -----------------------------------------------------------------------------------
+    Count TraceEntriesLost = 0;  ///< lines of the trace and packets of the capture not written
+    Count RecipesStored = 0;     ///< process programs in their files
+    Count RecipesNotStored = 0;  ///< Error 3081
+
     // --- the machine itself ----------------------------------------------------------------------
     Count UnexpectedEvents = 0;  ///< events that the state at the time does not expect
     Count InternalFailures = 0;  ///< Error 3099

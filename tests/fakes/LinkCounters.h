@@ -90,6 +90,9 @@ inline constexpr std::array kLinkCounters{
     NamedCounter{"MalformedSends", &LinkStatistics::MalformedSends},
     NamedCounter{"ReadingPauses", &LinkStatistics::ReadingPauses},
     NamedCounter{"ErrorsLeftOut", &LinkStatistics::ErrorsLeftOut},
+    NamedCounter{"TraceEntriesLost", &LinkStatistics::TraceEntriesLost},
+    NamedCounter{"RecipesStored", &LinkStatistics::RecipesStored},
+    NamedCounter{"RecipesNotStored", &LinkStatistics::RecipesNotStored},
     NamedCounter{"UnexpectedEvents", &LinkStatistics::UnexpectedEvents},
     NamedCounter{"InternalFailures", &LinkStatistics::InternalFailures},
 };

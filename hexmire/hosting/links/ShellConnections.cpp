@@ -37,6 +37,7 @@ void TransportDriver::Shell::Resolve(Tcp::resolver& resolver,
 // --- callers -------------------------------------------------------------------------------------
 
 void TransportDriver::Shell::Do(const link::Listen& action) {
+    records_.OnAttempt(settings_);
     const std::uint64_t generation = ++listenGeneration_;
     Resolve(localResolver_,
             action.Address,
@@ -57,7 +58,9 @@ void TransportDriver::Shell::ListenAt(const asio::error_code& error,
     }
     if (failure) {
         acceptor_.reset();
-        return machine_->OnListenFailed(link::FailureOf(failure), Now());
+        const link::SystemFailure reason = link::FailureOf(failure);
+        records_.OnAttemptFailed("listen", link::FailureText(reason));
+        return machine_->OnListenFailed(reason, Now());
     }
     machine_->OnListening(Now());
     AcceptNext();
@@ -120,6 +123,7 @@ void TransportDriver::Shell::Do(const link::StopListening&) {
 // --- our own connects ----------------------------------------------------------------------------
 
 void TransportDriver::Shell::Do(const link::Connect& action) {
+    records_.OnAttempt(settings_);
     const std::uint64_t generation = ++generation_;
     const auto toRemote = [this, generation, action] {
         Resolve(remoteResolver_,
@@ -181,26 +185,31 @@ void TransportDriver::Shell::FailConnect(const asio::error_code& error) {
     connecting_.reset();
     if (!remotes_.empty()) return ConnectNext();
     ++generation_;
-    machine_->OnConnectFailed(link::FailureOf(error), Now());
+    const link::SystemFailure reason = link::FailureOf(error);
+    records_.OnAttemptFailed("connect", link::FailureText(reason));
+    machine_->OnConnectFailed(reason, Now());
 }
 
 void TransportDriver::Shell::Do(const link::OpenSerial& action) {
+    records_.OnAttempt(settings_);
     link::SystemFailure failure;
     offered_ = link::SerialStream::Open(loop_, action.Device, action.BaudRate, failure);
-    if (!offered_) return machine_->OnConnectFailed(failure, Now());
-    offeredIsOurs_ = true;
+    if (!offered_) {
+        records_.OnAttemptFailed("open", link::FailureText(failure));
+        return machine_->OnConnectFailed(failure, Now());
+    }
     if (settings_.T1 < LeastSensibleT1(action.BaudRate)) ++statistics_.ShortT1s;
-    link::Endpoints ends;
-    ends.RemoteAddress = action.Device;
-    machine_->OnConnected(ends, Now());
+    offeredEnds_ = {};
+    offeredEnds_.RemoteAddress = action.Device;
+    machine_->OnConnected(offeredEnds_, Now());
 }
 
 // --- what becomes of a connection ----------------------------------------------------------------
 
 void TransportDriver::Shell::OfferConnection(Tcp::socket socket, link::Endpoints ends) {
     offered_ = std::make_unique<link::SocketStream>(std::move(socket));
-    offeredIsOurs_ = !ends.IsCaller;
-    machine_->OnConnected(ends, Now());
+    offeredEnds_ = std::move(ends);
+    machine_->OnConnected(offeredEnds_, Now());
     PerformActions();
 }
 
@@ -211,19 +220,24 @@ void TransportDriver::Shell::Do(const link::StopConnecting&) {
     connecting_.reset();
 }
 
-void TransportDriver::Shell::Adopt(std::unique_ptr<link::IByteStream>& stream, bool isOurs) {
+void TransportDriver::Shell::Adopt(std::unique_ptr<link::IByteStream>& stream,
+                                   const link::Endpoints& ends) {
     ++generation_;
     connecting_.reset();
     stream_ = std::move(stream);
     waitingForInput_ = waitingForRoom_ = readingPaused_ = false;
-    ourOwnUnheard_ = isOurs;
+    ourOwnUnheard_ = !ends.IsCaller;
+    records_.OnConnection(ends);
 }
 
-void TransportDriver::Shell::Do(const link::AdoptConnection&) { Adopt(offered_, offeredIsOurs_); }
+void TransportDriver::Shell::Do(const link::AdoptConnection&) { Adopt(offered_, offeredEnds_); }
 
-void TransportDriver::Shell::Do(const link::HoldConnection&) { held_ = std::move(offered_); }
+void TransportDriver::Shell::Do(const link::HoldConnection&) {
+    held_ = std::move(offered_);
+    heldEnds_ = offeredEnds_;
+}
 
-void TransportDriver::Shell::Do(const link::AdoptHeld&) { Adopt(held_, false); }
+void TransportDriver::Shell::Do(const link::AdoptHeld&) { Adopt(held_, heldEnds_); }
 
 void TransportDriver::Shell::Do(const link::RefuseHeld&) { held_.reset(); }
 
@@ -233,6 +247,7 @@ void TransportDriver::Shell::Do(const link::CloseConnection&) {
     Do(link::StopConnecting{});
     offered_.reset();
     CloseStream();
+    records_.OnClosed();
     if (KindWanted() != kind_) ScheduleFlush();
     waitingForInput_ = waitingForRoom_ = readingPaused_ = false;
 }

@@ -49,6 +49,7 @@ std::size_t TransportDriver::Shell::ReadInput(link::TimePoint now) {
         }
         total += count;
         ourOwnUnheard_ = false;
+        records_.OnReceived({input_.get(), count});
         machine_->OnBytes({input_.get(), count}, now);
         PerformActions();
         // More only for a frame that is not complete: what is complete is told first.
@@ -58,14 +59,18 @@ std::size_t TransportDriver::Shell::ReadInput(link::TimePoint now) {
 }
 
 void TransportDriver::Shell::LoseStream(const asio::error_code& error, link::TimePoint now) {
+    const bool isEnd = error == asio::error::eof;
+    const link::SystemFailure reason = link::FailureOf(error);
+    records_.OnEndSeen(isEnd ? link::ConnectionEnd::ByPeer : link::ConnectionEnd::Lost,
+                       isEnd ? "closed by the peer" : link::FailureText(reason));
     // Both ends have called each other, and the peer keeps the other connection: it may have
     // closed ours before we have come to accept its own.
     if (ourOwnUnheard_ && acceptor_ && OfferWaitingCaller()) return;
     ourOwnUnheard_ = false;
-    if (error == asio::error::eof) {
+    if (isEnd) {
         machine_->OnClosed(now);
     } else {
-        machine_->OnLost(link::FailureOf(error), now);
+        machine_->OnLost(reason, now);
     }
     PerformActions();
     // At the end of its own closing the machine has nothing more to hear from the peer.
@@ -94,6 +99,7 @@ void TransportDriver::Shell::WriteOutput(link::TimePoint now) {
         }
         asio::error_code error;
         const std::size_t written = stream_->Write(std::span(buffers).first(count), error);
+        records_.OnSent(std::span(views).first(count), written);
         machine_->OnWritten(written, now);
         PerformActions();
         if (error && !IsNotReady(error)) {

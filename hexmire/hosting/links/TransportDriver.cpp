@@ -24,7 +24,13 @@ Milliseconds Seconds(float seconds) {
 TransportDriver::TransportDriver(asio::io_context& loop,
                                  SECSIServiceEvents& events,
                                  const LinkSettings& own)
-    : shell_(std::make_shared<Shell>(loop, events, own)) {}
+    : TransportDriver(loop, events, own, link::RecordSite::System()) {}
+
+TransportDriver::TransportDriver(asio::io_context& loop,
+                                 SECSIServiceEvents& events,
+                                 const LinkSettings& own,
+                                 const link::RecordSite& site)
+    : shell_(std::make_shared<Shell>(loop, events, own, site)) {}
 
 TransportDriver::~TransportDriver() { shell_->Destroy(); }
 

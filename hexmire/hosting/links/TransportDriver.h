@@ -16,6 +16,10 @@ namespace hexmire {
 
 struct LinkStatistics;
 
+namespace link {
+struct RecordSite;
+}
+
 /// The transport driver for real links, run by an Asio loop: SECS-I on a serial port and over TCP
 /// (port types 1 and 3), HSMS and HSMS-SS (2 and 4); over TCP as active, passive or alternating
 /// side. Another port type counts from the next connection on.
@@ -33,8 +37,14 @@ public:
     TransportDriver(asio::io_context& loop,
                     SECSIServiceEvents& events,
                     const LinkSettings& own = {});
+    /// The same with the surroundings of traces, captures and recipe files.
+    TransportDriver(asio::io_context& loop,
+                    SECSIServiceEvents& events,
+                    const LinkSettings& own,
+                    const link::RecordSite& site);
     /// Closes the link at once and raises nothing more. A selected link gets its Separate.req if
-    /// nothing is queued before it.
+    /// nothing is queued before it. What is left for the disk is written; a disk that does not
+    /// answer is given a few seconds.
     ~TransportDriver() override;
 
     TransportDriver(const TransportDriver&) = delete;

@@ -24,10 +24,20 @@ constexpr auto kLongestHold = 500us;
 
 }  // namespace
 
-TransportDriver::Shell::Shell(asio::io_context& loop, SECSIServiceEvents& events, LinkSettings own)
+TransportDriver::Shell::Shell(asio::io_context& loop,
+                              SECSIServiceEvents& events,
+                              LinkSettings own,
+                              const link::RecordSite& site)
     : loop_(loop),
       settings_(std::move(own)),
       events_(events),
+      records_(loop,
+               site,
+               statistics_,
+               settings_,
+               [this](link::LinkError code, const std::string& details) {
+                   ReportRecordFailed(code, details);
+               }),
       timer_(loop),
       localResolver_(loop),
       remoteResolver_(loop),
@@ -83,6 +93,7 @@ void TransportDriver::Shell::Destroy() noexcept {
         timers_.StopAll();
         timer_.cancel();
     });
+    records_.Finish();
 }
 
 // --- the machine ---------------------------------------------------------------------------------
@@ -153,6 +164,7 @@ void TransportDriver::Shell::Settle(link::TimePoint now) {
     WriteOutput(now);
     ArmTimer();
     WaitForInput();
+    records_.Flush();
 }
 
 void TransportDriver::Shell::PerformActions() {
@@ -161,6 +173,7 @@ void TransportDriver::Shell::PerformActions() {
         if (batch_.empty()) return;
         for (link::Action& action : batch_) {
             if (link::IsEvent(action)) {
+                records_.OnEvent(action);
                 events_.Push(std::move(action));
             } else {
                 std::visit([this](const auto& one) { Do(one); }, action);
@@ -178,6 +191,12 @@ void TransportDriver::Shell::ReportInternal(const char* what) noexcept {
     } catch (...) {
         ++statistics_.InternalFailures;  // not even the report could be made
     }
+}
+
+/// It comes from the loop or, when not even a thread can be had, from inside a call.
+void TransportDriver::Shell::ReportRecordFailed(link::LinkError code, const std::string& details) {
+    events_.Push(link::RaiseError{code, link::ErrorText(code, details)});
+    ScheduleDelivery();
 }
 
 void TransportDriver::Shell::Do(const link::StartTimer& action) {

@@ -4,6 +4,7 @@
 #include <hexmire/driver/LinkStatistics.h>
 #include <hexmire/hosting/links/ByteStream.h>
 #include <hexmire/hosting/links/EventQueue.h>
+#include <hexmire/hosting/links/LinkRecords.h>
 #include <hexmire/hosting/links/TimerQueue.h>
 #include <hexmire/hosting/links/TransportDriver.h>
 
@@ -33,7 +34,10 @@ namespace hexmire {
 /// nothing.
 class TransportDriver::Shell : public std::enable_shared_from_this<TransportDriver::Shell> {
 public:
-    Shell(asio::io_context& loop, SECSIServiceEvents& events, LinkSettings own);
+    Shell(asio::io_context& loop,
+          SECSIServiceEvents& events,
+          LinkSettings own,
+          const link::RecordSite& site);
 
     void Open();
     void Close();
@@ -44,6 +48,7 @@ public:
     void Set(Value LinkSettings::*field, const std::type_identity_t<Value>& value) {
         Call([&](link::TimePoint now) {
             settings_.*field = value;
+            records_.Configure(settings_);
             Configure(now);
         });
     }
@@ -105,6 +110,7 @@ private:
     void Settle(link::TimePoint now);
     void PerformActions();
     void ReportInternal(const char* what) noexcept;
+    void ReportRecordFailed(link::LinkError code, const std::string& details);
     void Deliver() noexcept;
     void DeliverSome();
     void WriteHeld(link::TimePoint now);
@@ -149,7 +155,7 @@ private:
     void ConnectTo(const Tcp::endpoint& remote);
     void FailConnect(const asio::error_code& error);
     void OfferConnection(Tcp::socket socket, link::Endpoints ends);
-    void Adopt(std::unique_ptr<link::IByteStream>& stream, bool isOurs);
+    void Adopt(std::unique_ptr<link::IByteStream>& stream, const link::Endpoints& ends);
 
     // ShellStream.cpp: the live connection
     void WaitForInput();
@@ -167,6 +173,7 @@ private:
     std::unique_ptr<link::ILinkMachine> machine_;
     bool reopening_ = false;  // a link of another kind is opened once the present one is gone
     link::EventQueue events_;
+    link::LinkRecords records_;
     std::vector<link::Action> batch_;
 
     link::TimerQueue timers_;
@@ -183,7 +190,9 @@ private:
     std::optional<Tcp::endpoint> local_;          // to bind before connecting
     link::Endpoints lastOwn_;                     // of the last connect that came through
     std::unique_ptr<link::IByteStream> offered_;  // the machine is being asked about it
-    std::unique_ptr<link::IByteStream> held_;     // a caller that the machine has put aside
+    link::Endpoints offeredEnds_;
+    std::unique_ptr<link::IByteStream> held_;  // a caller that the machine has put aside
+    link::Endpoints heldEnds_;
     std::unique_ptr<link::IByteStream> stream_;
     std::unique_ptr<std::uint8_t[]> input_;
 
@@ -193,7 +202,6 @@ private:
     bool waitingForInput_ = false;
     bool waitingForRoom_ = false;
     bool readingPaused_ = false;
-    bool offeredIsOurs_ = false;
     bool ourOwnUnheard_ = false;  // we have opened the connection, and nothing has come in on it
     // While events are being raised, what their handlers send goes out together: when the last one
     // has returned, but not later than this.
