@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <filesystem>
 #include <functional>
+#include <system_error>
 #include <utility>
 
 namespace hexmire::program {
@@ -99,6 +101,27 @@ void AddSerialOptions(CLI::App& command, LinkOptions& options) {
         ->type_name("N");
 }
 
+void AddRecordOptions(CLI::App& command, LinkOptions& options) {
+    command
+        .add_option("--trace",
+                    options.Trace,
+                    "Write every byte sent and received to a text file in this folder, one for "
+                    "each port and day")
+        ->type_name("FOLDER");
+    command
+        .add_option("--pcap",
+                    options.Pcap,
+                    "Write what goes over TCP to a capture (pcapng, for Wireshark) in this "
+                    "folder, one for each port and day")
+        ->type_name("FOLDER");
+    command
+        .add_option("--recipes",
+                    options.Recipes,
+                    "Store the process program of each S7F3 and S7F6 below this folder, in sent/ "
+                    "and received/")
+        ->type_name("FOLDER");
+}
+
 }  // namespace
 
 void AddFileOptions(CLI::App& command, LinkOptions& options) {
@@ -113,6 +136,7 @@ void AddFileOptions(CLI::App& command, LinkOptions& options) {
             ->check(isLogName)
             ->type_name("FILE");
     command.add_flag("--no-log", options.NoLog, "Write no message log")->excludes(log);
+    AddRecordOptions(command, options);
     command
         .add_option("--dictionary",
                     options.Dictionary,
@@ -221,6 +245,7 @@ PlatformOptions PlatformFor(const LinkOptions& options) {
     platform.Link.AutoReconnect = true;
     platform.Link.AllowedCallers = options.AllowedCallers;
     platform.MessageLog = !options.NoLog;
+    platform.Link.CaptureFolder = options.Pcap;
     return platform;
 }
 
@@ -250,6 +275,17 @@ void Configure(Hexmire& control, const LinkOptions& options, Role role) {
     if (options.T7) control.T7Timeout(*options.T7);
     if (options.T8) control.T8Timeout(*options.T8);
     if (!options.Log.empty()) control.SECSLogFile(options.Log);
+    if (!options.Trace.empty()) {
+        control.SECSILogPath(options.Trace);
+        control.TraceEnabled(true);
+    }
+    if (!options.Recipes.empty()) {
+        std::error_code ignored;  // a folder that cannot be made shows with the first recipe
+        std::filesystem::create_directories(options.Recipes, ignored);
+        control.RecipeSendPath(options.Recipes + "/sent");
+        control.RecipeRecvPath(options.Recipes + "/received");
+        control.RecipeFileEnabled(true);
+    }
 }
 
 }  // namespace hexmire::program

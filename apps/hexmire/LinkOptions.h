@@ -35,11 +35,15 @@ struct LinkOptions {
     /// Base name of the daily log; "": the control's own.
     std::string Log{};
     bool NoLog = false;
+    // Folders; "": none.
+    std::string Trace{};    ///< of the byte trace
+    std::string Pcap{};     ///< of captures
+    std::string Recipes{};  ///< its folders sent/ and received/ get the process programs
     /// Path of the dictionary; "": it is searched for.
     std::string Dictionary{};
 };
 
-/// Adds --log, --no-log and --dictionary, and all of a link's options.
+/// Adds the options of files (log, traces, recipes, dictionary), and all of a link's options.
 void AddFileOptions(CLI::App& command, LinkOptions& options);
 void AddLinkOptions(CLI::App& command, LinkOptions& options);
 

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <csignal>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -87,6 +88,49 @@ TEST_F(TwoProcesses, exchange_messages_as_their_scripts_say) {
     EXPECT_THAT(host.Output(), HasSubstr(R"({"event":"disconnect","code":0,"text":""})"));
     EXPECT_THAT(equipment.Output(), HasSubstr("\"code\":3035"));
     EXPECT_EQ(Find(equipment.Output(), "received-primary", 1, 1)->at("reply_expected"), true);
+}
+
+/// Names of the files in a folder; the day is left out.
+Words NamesIn(const std::string& folder) {
+    Words names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        std::string name = entry.path().filename();
+        const std::size_t day = name.rfind("_20");
+        if (day != std::string::npos) name.erase(day, std::string("_2024-03-05").size());
+        names.push_back(name);
+    }
+    return names;
+}
+
+TEST_F(TwoProcesses, keep_traces_captures_and_recipes_where_they_are_told) {
+    const auto records = [this](const std::string& name) -> Words {
+        return {"--trace",
+                folder_ / (name + "-trace"),
+                "--pcap",
+                folder_ / (name + "-pcap"),
+                "--recipes",
+                folder_ / (name + "/recipes")};
+    };
+    ChildProcess equipment(HEXMIRE_PROGRAM, Equipment(records("equipment")));
+    ChildProcess host(
+        HEXMIRE_PROGRAM,
+        Host(Script("connect\nsend S7F3\nexpect S7F4\nsend S7F5\nexpect S7F6\n", records("host"))));
+    EXPECT_EQ(host.Wait(), 0) << host.Errors();
+    equipment.Signal(SIGTERM);
+    EXPECT_EQ(equipment.Wait(), 0);
+
+    const std::string port = address_.substr(address_.find(':') + 1) + "-device-0";
+    const std::string from = "SECSI_to-127.0.0.1-" + port;
+    const std::string at = "SECSI_at-127.0.0.1-" + port;
+    EXPECT_EQ(NamesIn(folder_ / "host-trace"), Words{from + ".log"});
+    EXPECT_EQ(NamesIn(folder_ / "host-pcap"), Words{from + ".pcapng"});
+    EXPECT_EQ(NamesIn(folder_ / "equipment-trace"), Words{at + ".log"});
+    EXPECT_EQ(NamesIn(folder_ / "equipment-pcap"), Words{at + ".pcapng"});
+    // The templates of the dictionary have an empty PPID.
+    for (const char* folder : {"host", "equipment"}) {
+        EXPECT_EQ(NamesIn(folder_ / (folder + std::string("/recipes/sent"))), Words{"%empty"});
+        EXPECT_EQ(NamesIn(folder_ / (folder + std::string("/recipes/received"))), Words{"%empty"});
+    }
 }
 
 TEST_F(TwoProcesses, equipment_reports_what_its_dictionary_does_not_hold) {

@@ -34,6 +34,9 @@ constexpr std::int32_t kReplyTimeOut = 2012;
 
 LinkOptions OptionsOf(Role role, const Endpoint& endpoint, const LinkOptions& given) {
     LinkOptions options;
+    options.Trace = given.Trace;
+    options.Pcap = given.Pcap;
+    options.Recipes = given.Recipes;
     options.T5 = 1;
     options.SystemBytesCheck = true;
     if (role == Role::Host) {
