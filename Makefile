@@ -83,10 +83,12 @@ coverage: ## Run the tests with counters; print line and branch coverage by fold
 	ctest --preset coverage -j $(JOBS)
 	scripts/coverage build/coverage
 
-interop: setup ## Run the program against a second, independent HSMS peer
+interop: ## Run the program against an independent HSMS peer; have tshark read its captures
+	@scripts/setup interop
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release -j $(JOBS) --target hexmire
 	python3 tests/interop/run.py build/release/apps/hexmire/hexmire
+	python3 tests/interop/capture.py build/release/apps/hexmire/hexmire
 
 format: ## Rewrite every C++ file as .clang-format says
 	@scripts/setup check
