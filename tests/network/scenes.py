@@ -381,6 +381,9 @@ def the_relay_forgets_what_it_held(stage):
         run.wait(lambda run=run: run.disconnects, f"the end of the {side.name}'s link")
     stage.proxy.treatment = Treatment()
     stage.finish()
+    if stage.port_type == TCP:
+        for side in stage.sides:
+            assert side.now.codes[3073], f"the {side.name}'s queue outlived its connection"
 
 
 def bytes_take_200_ms(stage):
