@@ -77,6 +77,19 @@ TEST(Secs1BackPressure, AnAnswerThatIsNotReadIsNotMissed) {
     EXPECT_EQ(rig.Timers(), "T2:500");
 }
 
+TEST(Secs1BackPressure, AWriteThatEndsMeanwhileStartsNoTimer) {
+    SlowRig rig(TwoWaiting());
+    rig.Do("take " + Number(1) + " #1E");
+    rig.Do("block");
+    rig.Do("rx ENQ, " + Number(2) + " #1E, ENQ");
+    rig.Do("unblock");
+    EXPECT_EQ(rig.State(), "RX_LEN");
+    EXPECT_FALSE(rig.Runs(link::TimerId::T2));
+    EXPECT_EQ(rig.Do("advance 100000"), "");
+    EXPECT_EQ(rig.Do("consumed 2"), "resume");
+    EXPECT_TRUE(rig.Runs(link::TimerId::T2));
+}
+
 TEST(Secs1BackPressure, T4StandsStillMeanwhile) {
     SlowRig rig(TwoWaiting());
     const std::string half = Number(9) + " #1 01";
