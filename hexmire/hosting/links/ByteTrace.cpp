@@ -26,7 +26,6 @@ ByteTrace::ByteTrace(FileWorker& worker,
 void ByteTrace::Configure(const LinkSettings& settings) {
     const bool turnsOn = settings.Trace && !isOn_;
     const bool moves = settings.SECSILogPath != folder_;
-    if (isOn_ && !settings.Trace) record_.HandOver();
     isOn_ = settings.Trace;
     folder_ = settings.SECSILogPath;
     if (name_.empty()) name_ = TracePortName(settings);

@@ -120,6 +120,23 @@ TEST_F(CaptureTest, ASecondRunGoesOnWithTheSameFile) {
         2);
 }
 
+TEST_F(CaptureTest, EachConnectionHasAnEndOfItsOwn) {
+    settings_.AutoReconnect = true;
+    Connect();
+    peer_.Close();
+    ASSERT_TRUE(rig_.RunUntil([&] { return events_.Has("Disconnect"); }));
+    ASSERT_TRUE(peer_.ConnectTo(port_));
+    peer_.Send(kSelect);
+    ASSERT_EQ(peer_.Read(kFrame), "00 00 00 0A FF FF 00 00 00 02 00 00 00 01 ");
+    Destroy();
+    std::vector<std::string> ends;
+    for (const std::string& line : ShowCapture(File())) {
+        if (line.ends_with("closed by the peer") || line.ends_with("closed by this side"))
+            ends.push_back(line.substr(0, 4) + line.substr(line.find("closed")));
+    }
+    EXPECT_THAT(ends, ElementsAre("< FAclosed by the peer", "> FAclosed by this side"));
+}
+
 TEST_F(CaptureTest, MidnightStartsANewFileWithAnInterfaceOfItsOwn) {
     now_ = LocalMoment(5, 23, 59, 59, 999'999us);
     Connect();
