@@ -108,6 +108,7 @@ TEST(Recipe, AnAnswerMayHaveNone) {
     EXPECT_FALSE(CarriesRecipe(7, 6, {}));
     EXPECT_FALSE(CarriesRecipe(7, 6, BytesOf("01 00")));
     EXPECT_TRUE(CarriesRecipe(7, 6, BytesOf("41 00")));
+    EXPECT_TRUE(CarriesRecipe(7, 6, BytesOf("01 01 41 00")));
     EXPECT_TRUE(CarriesRecipe(7, 3, {}));
     EXPECT_TRUE(CarriesRecipe(7, 3, BytesOf("01 00")));
 }

@@ -111,7 +111,14 @@ TEST(TcpCapture, ChecksumsHoldForEveryLengthAndContent) {
             capture.AppendBytes(file, kTime, TraceDirection::Sent, bytes);
             EXPECT_EQ(ReadSegment(ReadCapture(file).Packets.at(0).Frame).Data, bytes);
         }
-        // Sums that overflow their 16 bits again and again.
+        // Sums that overflow their 16 bits once more when the overflow is added.
+        for (std::size_t size = 59'900; size < 60'000; ++size) {
+            std::string file = NewFile();
+            std::vector<std::uint8_t> bytes(size);
+            std::iota(bytes.begin(), bytes.end(), static_cast<std::uint8_t>(size));
+            capture.AppendBytes(file, kTime, TraceDirection::Sent, bytes);
+            EXPECT_EQ(ReadSegment(ReadCapture(file).Packets.at(0).Frame).Data, bytes);
+        }
         std::string file = NewFile();
         const std::vector<std::uint8_t> ones(60'000, 0xFF);
         capture.AppendBytes(file, kTime, TraceDirection::Sent, ones);
