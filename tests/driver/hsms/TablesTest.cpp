@@ -1,8 +1,8 @@
 // The link's small tables: open transactions, system bytes of two sizes, the queue, error windows.
 #include <hexmire/driver/ErrorLimiter.h>
 #include <hexmire/driver/OpenTransactions.h>
-#include <hexmire/driver/hsms/OutboundQueue.h>
 #include <hexmire/driver/SystemBytesMap.h>
+#include <hexmire/driver/hsms/OutboundQueue.h>
 
 #include "../../fakes/HsmsRig.h"
 #include <gtest/gtest.h>
