@@ -1,4 +1,5 @@
 #include <hexmire/support/CLogFile.h>
+#include <hexmire/support/DateText.h>
 #include <hexmire/support/Reporting.h>
 #include <hexmire/support/Text.h>
 
@@ -17,19 +18,6 @@ namespace {
 constexpr const char* kSeparators = "\\/";
 constexpr std::size_t kExtensionSize = 4;
 constexpr int kKeptDays = 360;
-
-std::string DayText(const std::chrono::year_month_day& date, char separator) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(),
-                  text.size(),
-                  "%04d%c%02u%c%02u",
-                  static_cast<int>(date.year()),
-                  separator,
-                  static_cast<unsigned>(date.month()),
-                  separator,
-                  static_cast<unsigned>(date.day()));
-    return text.data();
-}
 
 /// "hh:mm:ss.cc"; the hundredths are rounded on their own and never carried into the seconds.
 std::string TimeText(std::chrono::nanoseconds timeOfDay) {
@@ -67,7 +55,7 @@ CLogFile::CLogFile(IFileSystem& files, const IClock& clock, SiteRef site)
     : files_(files),
       clock_(clock),
       site_(std::move(site)),
-      currentDay_(DayText(clock.Now().Date, '-')) {}
+      currentDay_(DateText(clock.Now().Date, '-')) {}
 
 void CLogFile::FileName(const std::string& name) {
     RunSilently([&] {
@@ -122,12 +110,12 @@ void CLogFile::WriteLog(std::string_view text) {
         if (fileName_.empty()) return;
         PrepareFolder();
         const ClockReading now = clock_.Now();
-        const std::string day = DayText(now.Date, '-');
+        const std::string day = DateText(now.Date, '-');
         if (day != currentDay_) {
             DeleteBackup(folder_);
             currentDay_ = day;
         }
-        std::string line = DayText(now.Date, '/') + " " + TimeText(now.TimeOfDay) + " ";
+        std::string line = DateText(now.Date, '/') + " " + TimeText(now.TimeOfDay) + " ";
         line.append(text).append("\r\n");
         files_.Append(Stem() + "_" + day + ".log", line);
     });

@@ -1,6 +1,7 @@
 #include "commands/DemoCommand.h"
 
 #include <hexmire/hosting/SystemClock.h>
+#include <hexmire/support/DateText.h>
 
 #include "DemoEquipment.h"
 #include "DictionaryFile.h"
@@ -59,15 +60,9 @@ std::string Milliseconds(Clock::duration duration) {
 
 /// The file of today of a log with this base name.
 std::string DailyFile(const std::string& baseName) {
-    const auto today = SystemClock().Now().Date;
-    char date[32] = "";
-    std::snprintf(date,
-                  sizeof date,
-                  "_%04d-%02u-%02u.log",
-                  static_cast<int>(today.year()),
-                  static_cast<unsigned>(today.month()),
-                  static_cast<unsigned>(today.day()));
-    std::string path = baseName.substr(0, baseName.size() - std::strlen(".log")) + date;
+    const std::string date = DateText(SystemClock().Now().Date, '-');
+    std::string path =
+        baseName.substr(0, baseName.size() - std::strlen(".log")) + "_" + date + ".log";
     std::replace(path.begin(), path.end(), '\\', '/');
     return path;
 }

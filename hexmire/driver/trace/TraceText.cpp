@@ -1,5 +1,6 @@
 #include <hexmire/driver/SafeFileName.h>
 #include <hexmire/driver/trace/TraceText.h>
+#include <hexmire/support/DateText.h>
 #include <hexmire/support/HexBytes.h>
 
 #include <algorithm>
@@ -14,23 +15,10 @@ namespace {
 constexpr std::size_t kBytesInLine = 65'536;
 constexpr std::string_view kLineEnd = "\r\n";
 
-void AppendDate(std::string& text, const std::chrono::year_month_day& date, char separator) {
-    std::array<char, 32> written{};
-    std::snprintf(written.data(),
-                  written.size(),
-                  "%04d%c%02u%c%02u",
-                  static_cast<int>(date.year()),
-                  separator,
-                  static_cast<unsigned>(date.month()),
-                  separator,
-                  static_cast<unsigned>(date.day()));
-    text += written.data();
-}
-
 /// "yyyy/mm/dd hh:mm:ss.uuuuuu "; what is below a microsecond is cut off.
 void AppendTime(std::string& text, const ClockReading& time) {
     using namespace std::chrono;
-    AppendDate(text, time.Date, '/');
+    text += DateText(time.Date, '/');
     const hh_mm_ss parts(floor<microseconds>(time.TimeOfDay));
     std::array<char, 48> written{};
     std::snprintf(written.data(),
@@ -90,12 +78,6 @@ std::string TracePortName(const LinkSettings& settings) {
     name += "-device-";
     name += std::to_string(settings.DeviceID);
     return SafeFileName(name);
-}
-
-std::string TraceDay(const std::chrono::year_month_day& date) {
-    std::string text;
-    AppendDate(text, date, '-');
-    return text;
 }
 
 }  // namespace hexmire::link

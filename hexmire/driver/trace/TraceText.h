@@ -33,7 +33,4 @@ void AppendTraceNote(std::string& text, const ClockReading& time, std::string_vi
 /// the folder "/dev". Safe as a part of a file name.
 [[nodiscard]] std::string TracePortName(const LinkSettings& settings);
 
-/// "2024-03-05"
-[[nodiscard]] std::string TraceDay(const std::chrono::year_month_day& date);
-
 }  // namespace hexmire::link

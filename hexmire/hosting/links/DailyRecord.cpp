@@ -1,5 +1,5 @@
-#include <hexmire/driver/trace/TraceText.h>
 #include <hexmire/hosting/links/DailyRecord.h>
+#include <hexmire/support/DateText.h>
 
 #include <utility>
 
@@ -52,7 +52,7 @@ void DailyRecord::HandOver() {
     if (gathered_.empty()) return;
     if (form_.Gap && untold_ > 0) gathered_.insert(0, form_.Gap(untold_));
     Piece piece{.Where = spot_,
-                .Path = spot_->Base + "_" + TraceDay(date_) + form_.Extension,
+                .Path = spot_->Base + "_" + DateText(date_, '-') + form_.Extension,
                 .Size = gathered_.size(),
                 .Entries = std::exchange(entries_, 0),
                 .Told = std::exchange(untold_, 0)};

@@ -64,11 +64,6 @@ TEST(TraceText, ANoteIsOneLineWhateverItHolds) {
     EXPECT_EQ(text, "2024/03/05 14:07:09.042007 Note a??b?c??\xE9\r\n");
 }
 
-TEST(TraceText, ADayHasTenCharacters) {
-    EXPECT_EQ(TraceDay(kTime.Date), "2024-03-05");
-    EXPECT_EQ(TraceDay({year(987), month(12), day(31)}), "0987-12-31");
-}
-
 struct PortName {
     const char* Wanted;
     LinkPortType Type;
