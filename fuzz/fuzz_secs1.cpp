@@ -78,7 +78,7 @@ private:
         settings.InterleaveCheck = (choice & 8U) != 0;
         settings.DuplicateBlockCheck = (choice & 16U) == 0;
         settings.IgnoreDirection = (choice & 32U) != 0;
-        settings.ConnectionRetryLimit = choice / 64U;
+        settings.ConnectionRetryLimit = static_cast<std::int32_t>(choice / 64U);
         return settings;
     }
     [[nodiscard]] bool IsConnected() const {
