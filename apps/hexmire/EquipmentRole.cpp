@@ -1,5 +1,7 @@
 #include "EquipmentRole.h"
 
+#include "Template.h"
+
 #include <algorithm>
 #include <charconv>
 #include <chrono>
@@ -95,6 +97,7 @@ void EquipmentRole::Answer(const SECSTransPtr& trans) {
     if (primary.Stream() == 1 && primary.Func() == 13 && body != nullptr && body->ItemCount() > 0)
         SetFirst(body->Item(1), FormatBinary, std::uint8_t{0});
     if (primary.Stream() == 2 && primary.Func() == 17) SetFirst(body, FormatAscii, TimeText());
+    DropExamples(*trans->Secondary());
     peer_.Reply(trans);
 }
 

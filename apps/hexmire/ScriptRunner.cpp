@@ -3,6 +3,7 @@
 #include <hexmire/hosting/Utf8.h>
 
 #include "Failure.h"
+#include "Template.h"
 
 #include <string>
 
@@ -41,6 +42,7 @@ void ScriptRunner::Do(const ConnectCommand& command) {
 
 void ScriptRunner::Do(const SendCommand& command) {
     const SECSTransPtr trans = peer_.Control().NewSECSTransaction(Latin1FromUtf8(command.Name));
+    if (trans != nullptr) PrepareSending(*trans);
     if (trans == nullptr || !peer_.Send(trans))
         throw Failure("cannot send " + command.Name + ": " + Utf8FromLatin1(peer_.LastError()));
 }
