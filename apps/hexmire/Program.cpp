@@ -1,7 +1,10 @@
 #include "Program.h"
 
 #include "Failure.h"
+#include "commands/DecodeCommand.h"
 #include "commands/DemoCommand.h"
+#include "commands/DictionaryCommand.h"
+#include "commands/EncodeCommand.h"
 #include "commands/PeerCommand.h"
 #include <CLI/CLI.hpp>
 
@@ -56,6 +59,18 @@ int Run(int argc, const char* const* argv) {
             "Be a simulated equipment on a real link: every primary of the dictionary that expects "
             "a reply gets one",
             equipment);
+
+    DecodeOptions decode;
+    CLI::App* decodeCommand = program.add_subcommand("decode", "Show bytes of messages as SML");
+    AddDecodeOptions(*decodeCommand, decode);
+    decodeCommand->callback([&decode] { RunDecode(decode); });
+    EncodeOptions encode;
+    CLI::App* encodeCommand = program.add_subcommand("encode", "Write SML as bytes");
+    AddEncodeOptions(*encodeCommand, encode);
+    encodeCommand->callback([&encode] { RunEncode(encode); });
+    DictionaryOptions dictionary;
+    AddDictionaryCommands(
+        *program.add_subcommand("dictionary", "Check, show and make dictionary files"), dictionary);
     program.add_subcommand("version", "Print the version")->callback(&PrintVersion);
 
     try {
@@ -72,6 +87,8 @@ int Run(int argc, const char* const* argv) {
         return Report(std::string(error.what()) + " (see hexmire --help)", kNotUnderstood);
     } catch (const UsageError& error) {
         return Report(error.what(), kNotUnderstood);
+    } catch (const Told&) {
+        return kFailed;
     } catch (const std::exception& error) {
         return Report(error.what(), kFailed);
     }

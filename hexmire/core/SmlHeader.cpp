@@ -104,10 +104,11 @@ SmlHeader ReadSmlHeader(SmlScanner& scanner) {
 
 SmlCount ReadSmlCount(SmlScanner& scanner) {
     scanner.SkipBlanks();
-    if (!scanner.IsAt('[')) return {};
+    const bool isBracketed = scanner.IsAt('[');
+    if (!isBracketed && !scanner.IsAt(',')) return {};
     constexpr const char* kExpected = "a count such as 2 or 1..3";
     SmlCount count{scanner.Position(), 0, 0, true};
-    scanner.Take('[');
+    scanner.Take(isBracketed ? '[' : ',');
     const auto takeNumber = [&scanner](std::string_view& word, std::size_t start) {
         const auto number = TakeNumber(word);
         if (!number) scanner.FailAt(start, kExpected);
@@ -122,6 +123,7 @@ SmlCount ReadSmlCount(SmlScanner& scanner) {
         count.Most = takeNumber(word, start);
     }
     if (!word.empty() || count.Most < count.Least) scanner.FailAt(start, kExpected);
+    if (!isBracketed) return count;
     scanner.SkipBlanks();
     scanner.Take(']');
     return count;

@@ -2,11 +2,13 @@
 #include <hexmire/support/Text.h>
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <limits>
 #include <string>
 #include <system_error>
+#include <type_traits>
 
 namespace hexmire::detail {
 
@@ -97,6 +99,11 @@ std::optional<WholeNumber> ReadWhole(std::string_view word) {
         if (!magnitude) return std::nullopt;
         return WholeNumber{isNegative, *magnitude};
     }
+    if (rest.starts_with("0b") || rest.starts_with("0B")) {
+        const auto magnitude = ReadMagnitude(rest.substr(2), 2);
+        if (!magnitude) return std::nullopt;
+        return WholeNumber{isNegative, *magnitude};
+    }
     std::optional<DecimalWord> number = ReadDecimalWord(word);
     if (!number) return std::nullopt;
     if (number->Digits.empty()) return WholeNumber{number->IsNegative, 0};
@@ -122,6 +129,22 @@ std::optional<WholeNumber> ReadInRange(std::string_view word, unsigned width, bo
     return number;
 }
 
+/// "NaN(0x7FC00001)": the NaN that has these bits.
+template <class T>
+std::optional<T> ReadNaN(std::string_view word) {
+    constexpr std::string_view kOpening = "NaN(0x";
+    using Bits =
+        std::conditional_t<sizeof(T) == sizeof(std::uint32_t), std::uint32_t, std::uint64_t>;
+    if (word.size() < kOpening.size() || !word.ends_with(')')) return std::nullopt;
+    if (!EqualsIgnoringCase(word.substr(0, kOpening.size()), kOpening)) return std::nullopt;
+    word.remove_prefix(kOpening.size());
+    word.remove_suffix(1);
+    const auto bits = ReadMagnitude(word, 16);
+    if (!bits || *bits > std::numeric_limits<Bits>::max()) return std::nullopt;
+    const T value = std::bit_cast<T>(static_cast<Bits>(*bits));
+    return std::isnan(value) ? std::optional<T>(value) : std::nullopt;
+}
+
 template <class T>
 std::optional<T> ReadFloat(std::string_view word) {
     std::string_view rest = word;
@@ -131,6 +154,7 @@ std::optional<T> ReadFloat(std::string_view word) {
         constexpr T kInfinity = std::numeric_limits<T>::infinity();
         return isNegative ? -kInfinity : kInfinity;
     }
+    if (const std::optional<T> exact = ReadNaN<T>(word)) return exact;
     const std::optional<DecimalWord> number = ReadDecimalWord(word);
     if (!number) return std::nullopt;
     if (number->Digits.empty()) return isNegative ? -T{0} : T{0};

@@ -99,7 +99,7 @@ private:
         scanner_.Take('<');
         scanner_.SkipBlanks();
         const std::size_t start = scanner_.Position();
-        const auto format = FindSmlFormat(scanner_.Word());
+        const auto format = FindSmlFormat(scanner_.Word(","));
         if (!format) scanner_.FailAt(start, "a format name");
         head.Format = *format;
         return head;

@@ -137,7 +137,8 @@ TEST(CommandLine, help_is_there_for_every_command) {
         Words Line;
         Words Texts;
     } kCases[] = {
-        {{"--help"}, {"demo", "host", "equipment", "version", "--version"}},
+        {{"--help"},
+         {"demo", "host", "equipment", "decode", "encode", "dictionary", "version", "--version"}},
         {{"-h"}, {"demo"}},
         {{"demo", "--help"},
          {"--log", "--no-log", "--dictionary", "--trace", "--pcap", "--recipes FOLDER"}},
@@ -173,6 +174,15 @@ TEST(CommandLine, help_is_there_for_every_command) {
           "--json",
           "expect SxFy [SECONDS]"}},
         {{"equipment", "--help"}, {"--local", "--script", "--json"}},
+        {{"decode", "--help"},
+         {"FILE|HEX", "--binary", "--header", "--framing", "--exact", "--json"}},
+        {{"encode", "--help"},
+         {"FILE|SML", "--binary", "--header", "--length", "--device-id", "--system-bytes"}},
+        {{"dictionary", "--help"}, {"check", "list", "show", "from-sml"}},
+        {{"dictionary", "check", "--help"}, {"FILE", "--json"}},
+        {{"dictionary", "list", "--help"}, {"PATTERN", "--dictionary", "--json"}},
+        {{"dictionary", "show", "--help"}, {"NAME", "--dictionary"}},
+        {{"dictionary", "from-sml", "--help"}, {"FILE", "--latin1"}},
         {{"version", "--help"}, {"version"}},
     };
     for (const auto& one : kCases) {

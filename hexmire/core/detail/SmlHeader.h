@@ -21,7 +21,7 @@ struct SmlHeader {
 /// Takes the header; throws SmlError.
 [[nodiscard]] SmlHeader ReadSmlHeader(SmlScanner& scanner);
 
-/// How many elements an item says it has: `[n]` or `[n..m]`.
+/// How many elements an item says it has: `[n]`, `[n..m]` or `,n`.
 struct SmlCount {
     std::size_t Offset = 0;
     std::size_t Least = 0;

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace hexmire::program {
+
+/// Something that is wrong with a message, and how many bytes stand in front of it.
+struct BodyFinding {
+    std::size_t Offset = 0;
+    std::string Text;
+};
+
+/// What is wrong with the items of a body (SEMI E5, item header): one that ends too early, an
+/// unknown format, a length that is no multiple of its elements, bytes behind the item. Looks no
+/// further than the first that makes the rest unreadable.
+[[nodiscard]] std::vector<BodyFinding> CheckBody(std::span<const std::uint8_t> body);
+
+}  // namespace hexmire::program

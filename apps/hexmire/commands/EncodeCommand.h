@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace hexmire::program {
+
+/// `hexmire encode`: SML to the bytes that go over a link.
+struct EncodeOptions {
+    std::vector<std::string> Words{};  ///< as ReadInput takes them
+    bool Binary = false;
+    bool Header = false;
+    bool Length = false;
+    bool Latin1 = false;
+    std::uint16_t DeviceID = 0;
+    std::uint32_t SystemBytes = 1;
+};
+
+void AddEncodeOptions(CLI::App& command, EncodeOptions& options);
+
+/// Writes to the standard output. Throws Failure or UsageError.
+void RunEncode(const EncodeOptions& options);
+
+}  // namespace hexmire::program
