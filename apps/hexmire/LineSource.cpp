@@ -7,18 +7,12 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <string_view>
 #include <utility>
 
 namespace hexmire::program {
 
-LineSource::LineSource(EventLoop& loop, const std::string& path) : loop_(loop) {
-    if (path != "-") {
-        ReadFile(path);
-        return;
-    }
+LineSource::LineSource(EventLoop& loop) : loop_(loop) {
     if (::pipe(wake_) != 0) throw Failure("cannot watch the standard input");
     reader_ = std::thread([this, wake = wake_[0]] { ReadStandardInput(wake); });
 }
@@ -28,16 +22,6 @@ LineSource::~LineSource() {
     ::close(wake_[1]);  // The reader sees the end of the pipe.
     reader_.join();
     ::close(wake_[0]);
-}
-
-void LineSource::ReadFile(const std::string& path) {
-    std::error_code error;
-    std::ifstream file(path);
-    if (!file || std::filesystem::is_directory(path, error))
-        throw Failure("cannot read the script " + path);
-    for (std::string line; std::getline(file, line);)
-        Add(std::move(line));
-    ended_ = true;
 }
 
 void LineSource::ReadStandardInput(int wake) {
@@ -73,7 +57,6 @@ std::optional<std::string> LineSource::Next(const std::function<bool()>& givenUp
     if (lines_.empty() || givenUp()) return std::nullopt;
     std::string line = std::move(lines_.front());
     lines_.pop_front();
-    ++number_;
     return line;
 }
 

@@ -8,6 +8,12 @@ namespace hexmire::program {
 
 using namespace std::chrono_literals;
 
+namespace {
+
+constexpr std::size_t kKept = 10'000;
+
+}  // namespace
+
 Peer::Peer(EventLoop& loop, EventOutput& output, const LinkOptions& options, Role role)
     : loop_(loop), output_(output), control_(loop.Platform(PlatformFor(options))) {
     TakeEvents();
@@ -22,6 +28,7 @@ void Peer::TakeEvents() {
     };
     events.Disconnect = [this](std::int32_t code, const std::string& text) {
         connected_ = false;
+        waiting_.clear();
         output_.Disconnect(code, text);
         if (OnDisconnect) OnDisconnect(code);
     };
@@ -34,7 +41,7 @@ void Peer::TakeEvents() {
     events.ReceivedPrimary = [this](const SECSTransPtr& trans, std::int32_t, const std::string&) {
         Keep(*trans->Primary());
         output_.Message(ReceivedPrimary(*trans));
-        if (OnPrimary) OnPrimary(trans);
+        Take(trans);
     };
     events.ReceivedSecondary = [this](const SECSTransPtr& trans, std::int32_t, const std::string&) {
         Keep(*trans->Secondary());
@@ -52,9 +59,13 @@ void Peer::LoadDictionary(const std::string& path) {
         throw Failure("cannot read the dictionary " + path);
 }
 
-bool Peer::Open(const std::function<bool()>& givenUp, std::chrono::nanoseconds timeout) {
+void Peer::StartOpening() {
     lastError_.clear();
     if (!control_.PortOpened()) control_.OpenPort();
+}
+
+bool Peer::Open(const std::function<bool()>& givenUp, std::chrono::nanoseconds timeout) {
+    StartOpening();
     // A port that cannot be opened is closed at once, and the loop tells why soon after.
     const auto refused = [this] { return !control_.PortOpened() && !lastError_.empty(); };
     loop_.RunUntil([&] { return connected_ || refused() || givenUp(); }, timeout);
@@ -83,8 +94,46 @@ void Peer::Close() {
     loop_.RunUntil([this] { return !connected_; }, 5s);
 }
 
+void Peer::Take(const SECSTransPtr& primary) {
+    if (OnPrimary && !IsHeld(*primary->Primary())) return OnPrimary(primary);
+    if (!primary->ReplyExpected()) return;
+    if (waiting_.size() == kKept) waiting_.pop_front();
+    waiting_.push_back(primary);
+}
+
+void Peer::Hold(std::int32_t stream, std::int32_t function, bool isHeld) {
+    held_[{stream, function}] = isHeld;
+}
+
+void Peer::HoldAll(bool isHeld) {
+    held_.clear();
+    allHeld_ = isHeld;
+}
+
+bool Peer::IsHeld(const SECSMessage& message) const {
+    const auto found = held_.find({message.Stream(), message.Func()});
+    return found == held_.end() ? allHeld_ : found->second;
+}
+
+SECSTransPtr Peer::TakeWaiting(std::int32_t stream, std::int32_t function) {
+    const auto found = std::ranges::find_if(waiting_, [&](const SECSTransPtr& trans) {
+        const SECSMessage& primary = *trans->Primary();
+        return primary.Stream() == stream && (function == 0 || function == primary.Func() + 1);
+    });
+    if (found == waiting_.end()) return nullptr;
+    const SECSTransPtr trans = *found;
+    waiting_.erase(found);
+    return trans;
+}
+
+SECSTransPtr Peer::TakeWaiting() {
+    if (waiting_.empty()) return nullptr;
+    const SECSTransPtr trans = waiting_.front();
+    waiting_.pop_front();
+    return trans;
+}
+
 void Peer::Keep(const SECSMessage& message) {
-    constexpr std::size_t kKept = 10'000;
     if (received_.size() == kKept) received_.pop_front();
     received_.push_back({.Stream = message.Stream(), .Function = message.Func()});
 }

@@ -9,7 +9,9 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <string>
+#include <utility>
 
 namespace hexmire::program {
 
@@ -44,14 +46,32 @@ public:
     /// that the other side gets its Separate.
     void Close();
 
+    /// Opens the port, unless it is open, and does not wait.
+    void StartOpening();
+
+    /// Leaves primaries of this stream and function, or all of them, to replies that are asked for,
+    /// or gives them back to OnPrimary. What was said last about a message counts.
+    void Hold(std::int32_t stream, std::int32_t function, bool isHeld);
+    void HoldAll(bool isHeld);
+
+    /// Takes the oldest received primary that OnPrimary did not get and that waits for this reply:
+    /// the function behind its own, or F0; without arguments, for any reply. None when there is no
+    /// such primary. They are forgotten when the link ends; the last 10 000 are kept.
+    [[nodiscard]] SECSTransPtr TakeWaiting(std::int32_t stream, std::int32_t function);
+    [[nodiscard]] SECSTransPtr TakeWaiting();
+
     /// Takes the oldest received message of this stream and function that was not taken yet; false
     /// when there is none. The last 10 000 messages are kept.
     bool TakeReceived(std::int32_t stream, std::int32_t function);
 
+    /// How many errors were raised so far.
+    [[nodiscard]] std::uint64_t Errors() const noexcept { return errors_; }
+
     /// Number and text of the error that was raised last; "" before the first and after Open.
     [[nodiscard]] const std::string& LastError() const noexcept { return lastError_; }
 
-    // Called after the event was shown; each may be empty.
+    // Called after the event was shown; each may be empty. OnPrimary is not called for a primary
+    // that is held.
     std::function<void(const SECSTransPtr& trans)> OnPrimary;
     std::function<void(const SECSTransPtr& trans)> OnSecondary;
     std::function<void(std::int32_t code, const std::string& text)> OnError;
@@ -64,12 +84,17 @@ private:
     };
 
     void TakeEvents();
+    void Take(const SECSTransPtr& primary);
+    [[nodiscard]] bool IsHeld(const SECSMessage& message) const;
     void Keep(const SECSMessage& message);
 
     EventLoop& loop_;
     EventOutput& output_;
     Hexmire control_;
     std::deque<Received> received_;
+    std::deque<SECSTransPtr> waiting_;
+    std::map<std::pair<std::int32_t, std::int32_t>, bool> held_;
+    bool allHeld_ = false;
     std::string lastError_;
     std::uint64_t errors_ = 0;
     bool connected_ = false;

@@ -1,66 +1,92 @@
 #include "ScriptRunner.h"
 
-#include <hexmire/hosting/Utf8.h>
-
-#include "Failure.h"
-#include "Template.h"
-
-#include <string>
+#include <filesystem>
+#include <fstream>
+#include <utility>
+#include <vector>
 
 namespace hexmire::program {
 
-void ScriptRunner::Run() {
-    while (const auto line = lines_.Next([this] { return interrupt_.HasCome(); })) {
+namespace {
+
+void Do(const Action& action, ScriptContext& context, const std::string& place) {
+    try {
+        if (action) action(context);
+    } catch (const Failure& failure) {
+        throw Failure(place + ": " + failure.what());
+    }
+    if (context.GivenUp()) throw Failure(place + ": interrupted");
+}
+
+}  // namespace
+
+ScriptReader::ScriptReader(const ScriptCommands& commands, std::string name, NextLine next)
+    : commands_(commands), name_(std::move(name)), next_(std::move(next)) {}
+
+std::string ScriptReader::Place() const { return name_ + ':' + std::to_string(first_); }
+
+std::optional<Action> ScriptReader::Next() {
+    std::optional<std::string> line = next_(false);
+    if (!line) return std::nullopt;
+    first_ = ++lines_;
+    try {
+        return ReadCommand(*std::move(line));
+    } catch (const BadCommand& bad) {
+        std::string place = name_ + ':' + std::to_string(first_ + bad.Line - 1);
+        if (bad.Column > 0) place += ':' + std::to_string(bad.Column);
+        throw UsageError(place + ": " + bad.what());
+    }
+}
+
+Action ScriptReader::ReadCommand(std::string text) {
+    for (;;) {
         try {
-            const auto command = ParseCommand(*line);
-            if (command && !Do(*command)) return;
-            CheckInterrupt();
-        } catch (const Failure& failure) {
-            throw Failure("script line " + std::to_string(lines_.Number()) + ": " + failure.what());
+            return commands_.Read(text);
+        } catch (const BadCommand& bad) {
+            if (!bad.IsIncomplete) throw;
+            // A message ends with a ".": a line without one needs no other attempt.
+            for (bool mayEnd = false; !mayEnd;) {
+                const std::optional<std::string> more = next_(true);
+                if (!more) return commands_.Read(text);
+                ++lines_;
+                mayEnd = more->find('.') != std::string::npos;
+                text += '\n' + *more;
+            }
         }
     }
-    CheckInterrupt();
 }
 
-bool ScriptRunner::Do(const Command& command) {
-    if (std::holds_alternative<QuitCommand>(command)) return false;
-    if (const auto* connect = std::get_if<ConnectCommand>(&command)) Do(*connect);
-    if (const auto* send = std::get_if<SendCommand>(&command)) Do(*send);
-    if (const auto* expect = std::get_if<ExpectCommand>(&command)) Do(*expect);
-    if (const auto* wait = std::get_if<WaitCommand>(&command))
-        loop_.RunUntil([this] { return interrupt_.HasCome(); }, wait->Time);
-    if (std::holds_alternative<DisconnectCommand>(command)) peer_.Close();
-    return true;
-}
-
-void ScriptRunner::Do(const ConnectCommand& command) {
-    if (peer_.Open([this] { return interrupt_.HasCome(); }, command.Timeout)) return;
-    CheckInterrupt();
-    const std::string& reason = peer_.LastError();
-    throw Failure("no connection" + (reason.empty() ? "" : ": " + Utf8FromLatin1(reason)));
-}
-
-void ScriptRunner::Do(const SendCommand& command) {
-    const SECSTransPtr trans = peer_.Control().NewSECSTransaction(Latin1FromUtf8(command.Name));
-    if (trans != nullptr) PrepareSending(*trans);
-    if (trans == nullptr || !peer_.Send(trans))
-        throw Failure("cannot send " + command.Name + ": " + Utf8FromLatin1(peer_.LastError()));
-}
-
-void ScriptRunner::Do(const ExpectCommand& command) {
-    bool taken = false;
-    const auto decided = [&] {
-        taken = taken || peer_.TakeReceived(command.Stream, command.Function);
-        return taken || interrupt_.HasCome();
+void RunScriptFile(ScriptContext& context, const std::string& path) {
+    std::error_code error;
+    std::ifstream file(path);
+    if (!file || std::filesystem::is_directory(path, error))
+        throw Failure("cannot read the script " + path);
+    ScriptReader reader(context.Commands, path, [&](bool) -> std::optional<std::string> {
+        std::string line;
+        if (!std::getline(file, line)) return std::nullopt;
+        return line;
+    });
+    struct Step {
+        Action Do;
+        std::string Place;
     };
-    loop_.RunUntil(decided, command.Timeout);
-    if (taken) return;
-    CheckInterrupt();
-    throw Failure(StreamFunction(command.Stream, command.Function) + " did not come");
+    std::vector<Step> steps;
+    while (auto action = reader.Next()) {
+        if (*action) steps.push_back({.Do = *std::move(action), .Place = reader.Place()});
+    }
+    for (const Step& step : steps) {
+        Do(step.Do, context, step.Place);
+        if (context.Ended) return;
+    }
 }
 
-void ScriptRunner::CheckInterrupt() const {
-    if (interrupt_.HasCome()) throw Failure("interrupted");
+void RunScriptLines(ScriptContext& context, const std::string& name, NextLine next) {
+    ScriptReader reader(context.Commands, name, std::move(next));
+    while (const auto action = reader.Next()) {
+        Do(*action, context, reader.Place());
+        if (context.Ended) return;
+    }
+    if (context.GivenUp()) throw Failure("interrupted");
 }
 
 }  // namespace hexmire::program

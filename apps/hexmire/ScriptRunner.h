@@ -1,37 +1,44 @@
 #pragma once
 
-#include <hexmire/hosting/EventLoop.h>
+#include "ScriptCommands.h"
 
-#include "Interrupt.h"
-#include "LineSource.h"
-#include "Peer.h"
-#include "Script.h"
+#include <functional>
+#include <optional>
+#include <string>
 
 namespace hexmire::program {
 
-/// Does what a script says with one side of a link.
-class ScriptRunner {
-public:
-    /// All four outlive the runner.
-    ScriptRunner(EventLoop& loop, Peer& peer, LineSource& lines, const Interrupt& interrupt)
-        : loop_(loop), peer_(peer), lines_(lines), interrupt_(interrupt) {}
+/// The next line of a script; none at its end. `isContinued` tells that a command goes on in it.
+using NextLine = std::function<std::optional<std::string>(bool isContinued)>;
 
-    /// Runs to the end of the script or to "quit". Throws Failure, with the line's number, at the
-    /// first command that fails, and when the program is interrupted.
-    void Run();
+/// Puts the lines of a script together to commands.
+class ScriptReader {
+public:
+    /// Errors begin with the name. The table outlives the reader.
+    ScriptReader(const ScriptCommands& commands, std::string name, NextLine next);
+
+    /// The next command; none at the end. Throws UsageError with the place of what cannot be
+    /// understood.
+    [[nodiscard]] std::optional<Action> Next();
+
+    /// "name:line", where the command that was read last begins.
+    [[nodiscard]] std::string Place() const;
 
 private:
-    /// False when the script ends here.
-    bool Do(const Command& command);
-    void Do(const ConnectCommand& command);
-    void Do(const SendCommand& command);
-    void Do(const ExpectCommand& command);
-    void CheckInterrupt() const;
+    [[nodiscard]] Action ReadCommand(std::string text);
 
-    EventLoop& loop_;
-    Peer& peer_;
-    LineSource& lines_;
-    const Interrupt& interrupt_;
+    const ScriptCommands& commands_;
+    std::string name_;
+    NextLine next_;
+    int lines_ = 0;
+    int first_ = 0;
 };
+
+/// Runs a script from a file. All of it is read before its first command is done. Throws Failure
+/// with the place at the first command that fails, and when the program is interrupted.
+void RunScriptFile(ScriptContext& context, const std::string& path);
+
+/// Runs a script line by line as it comes.
+void RunScriptLines(ScriptContext& context, const std::string& name, NextLine next);
 
 }  // namespace hexmire::program

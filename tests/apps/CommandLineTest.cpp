@@ -114,7 +114,7 @@ TEST(CommandLine, what_cannot_be_done_ends_with_status_1_and_one_line) {
     ExpectFailure(
         {"equipment", "--local", "300.1.1.1:5000", "--no-log", "--json", "--script", connect},
         1,
-        "script line 1: no connection: 3056 ");
+        "connect.script:1: no connection: 3056 ");
     ExpectFailure({"host",
                    "--port-type",
                    "rs232",
@@ -125,10 +125,10 @@ TEST(CommandLine, what_cannot_be_done_ends_with_status_1_and_one_line) {
                    "--script",
                    connect},
                   1,
-                  "script line 1: no connection: 3060 ");
+                  "connect.script:1: no connection: 3060 ");
     ExpectFailure(with({"--script", folder / "missing"}), 1, "cannot read the script");
     ExpectFailure(with({"--script", folder.Path()}), 1, "cannot read the script");
-    ExpectFailure(with({"--script", bad}), 1, "script line 3: unknown command 'fetch'");
+    ExpectFailure(with({"--script", bad}), 2, "bad.script:3: unknown command 'fetch'");
     ExpectFailure(with({"--dictionary", folder / "missing.xml"}), 1, "no such dictionary file");
 }
 

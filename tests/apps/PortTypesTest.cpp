@@ -184,7 +184,7 @@ TEST_F(PortTypes, tell_of_a_serial_port_in_use) {
         HEXMIRE_PROGRAM,
         Join(Join({"host"}, line), {"--script", folder_.Write("open", "connect 0.2\n")}));
     EXPECT_EQ(second.Wait(), 1);
-    EXPECT_THAT(second.Errors(), HasSubstr("hexmire: script line 1: no connection: 3062 "));
+    EXPECT_THAT(second.Errors(), HasSubstr("open:1: no connection: 3062 "));
     first.Signal(SIGTERM);
     EXPECT_EQ(first.Wait(), 0);
 }

@@ -1,8 +1,15 @@
-#include "Failure.h"
-#include "Script.h"
+#include "ControlProperties.h"
+#include "ScriptCommands.h"
+#include "ScriptRunner.h"
+#include "ScriptWords.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <set>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -12,39 +19,86 @@ namespace {
 using namespace std::chrono_literals;
 using testing::HasSubstr;
 
+/// Reads a whole script; the reason when it is refused.
+std::string Refusal(const std::string& script) {
+    const ScriptCommands commands = CommonCommands();
+    std::istringstream lines(script);
+    ScriptReader reader(commands, "it", [&](bool) -> std::optional<std::string> {
+        std::string line;
+        if (!std::getline(lines, line)) return std::nullopt;
+        return line;
+    });
+    try {
+        while (reader.Next()) {
+        }
+        return "";
+    } catch (const UsageError& error) {
+        return error.what();
+    }
+}
+
 TEST(Script, each_command_is_read) {
-    const std::pair<const char*, Command> kCases[] = {
-        {"connect", ConnectCommand{.Timeout = 30s}},
-        {"  connect\t2.5 \r", ConnectCommand{.Timeout = 2500ms}},
-        {"send S1F1", SendCommand{"S1F1"}},
-        {"send  Are you there ", SendCommand{"Are you there"}},
-        {"expect S1F2", ExpectCommand{.Stream = 1, .Function = 2, .Timeout = 45s}},
-        {"expect s127f255 0.001", ExpectCommand{.Stream = 127, .Function = 255, .Timeout = 1ms}},
-        {"expect S0F0 0", ExpectCommand{.Stream = 0, .Function = 0, .Timeout = 0ms}},
-        {"wait 86400", WaitCommand{.Time = 86'400s}},
-        {"disconnect", DisconnectCommand()},
-        {"quit", QuitCommand()},
-    };
-    for (const auto& [line, command] : kCases)
-        EXPECT_EQ(ParseCommand(line), command) << line;
+    for (const char* line : {"connect",
+                             "  connect\t2.5 \r",
+                             "send S1F1",
+                             "send  Are you there ",
+                             "send S1F1 W.",
+                             "send S1F3 W <L <U4 1>>.",
+                             "reply S1F2",
+                             "reply S6F12 <B 0>.",
+                             "expect S1F2",
+                             "expect s127f255 0.001",
+                             "expect S0F0 0",
+                             "hold",
+                             "hold S6F11",
+                             "release",
+                             "release s1f13",
+                             "wait 86400",
+                             "list",
+                             "list S1*",
+                             "show S1F13",
+                             "set",
+                             "set T3Timeout",
+                             "set t3timeout 1000",
+                             "set SECSLogFile a folder/name.log",
+                             "set ConnectionPortType hsms",
+                             "set TraceEnabled true",
+                             "disconnect",
+                             "quit",
+                             "help",
+                             "help send"}) {
+        EXPECT_EQ(Refusal(line), "") << line;
+        EXPECT_TRUE(CommonCommands().Read(line)) << line;
+    }
 }
 
 TEST(Script, blank_lines_and_comments_are_passed_over) {
     for (const char* line : {"", "  \t\r", "# connect", "   #quit"})
-        EXPECT_EQ(ParseCommand(line), std::nullopt) << line;
+        EXPECT_FALSE(CommonCommands().Read(line)) << line;
 }
 
-TEST(Script, line_that_is_no_command_is_told) {
+TEST(Script, sml_goes_on_to_its_end_in_further_lines) {
+    EXPECT_EQ(Refusal("send\nS6F11 W\n<L [2]\n  <U4 1.0>\n  # none\n"),
+              "it:5:3: expected \"<\" or \">\", found \"#\"");
+    EXPECT_EQ(Refusal("send\nS1F1 W\n.\nsend S1F3 W <L\n<U4 1>\n>.\r\nwait"),
+              "it:7: expected 'wait SECONDS'");
+}
+
+TEST(Script, line_that_is_no_command_is_told_with_its_place) {
     const std::pair<const char*, const char*> kCases[] = {
-        {"Connect", "unknown command 'Connect'"},
-        {"connect 1 2", "expected 'connect [SECONDS]'"},
+        {"Connect", "it:1: unknown command 'Connect'"},
+        {"\n# x\nconnect 1 2", "it:3: expected 'connect [SECONDS]'"},
         {"connect -1", "'-1' is no number of seconds"},
         {"connect 1s", "'1s' is no number of seconds"},
         {"connect nan", "'nan' is no number of seconds"},
         {"connect 1e9", "no number of seconds"},
         {"wait", "expected 'wait SECONDS'"},
         {"wait 86401", "no number of seconds"},
-        {"send", "expected 'send NAME'"},
+        {"send", "it:1:5: expected"},
+        {"send\nS1F1 W\n<L\n", "found the end of the text"},
+        {"wait 1\nsend S1F1 <U1 256>.", "it:2:15: expected a whole number from 0 to 255"},
+        {"  send\nS1F1\n  <U1 256>.", "it:3:7: expected a whole number from 0 to 255"},
+        {"reply <B 0>.", "it:1:7: expected"},
         {"expect", "expected 'expect SxFy [SECONDS]'"},
         {"expect S1F2 3 4", "expected 'expect SxFy [SECONDS]'"},
         {"expect 1F2", "no stream and function"},
@@ -54,16 +108,64 @@ TEST(Script, line_that_is_no_command_is_told) {
         {"expect S1F256", "no stream and function"},
         {"expect S-1F1", "no stream and function"},
         {"expect S1F2W", "no stream and function"},
+        {"hold S1", "no stream and function"},
+        {"release S1F1 S1F3", "expected 'release [SxFy]'"},
+        {"show", "expected 'show NAME'"},
+        {"set T9Timeout 1", "unknown property 'T9Timeout'"},
+        {"set T3Timeout 1.5", "'1.5' is no whole number"},
+        {"set T?Timeout 1", "unknown property 'T?Timeout'"},
+        {"set T1Timeout fast", "'fast' is no number"},
+        {"set TraceEnabled 1", "'1' is neither True nor False"},
+        {"set HSMSConnectionType lazy", "'lazy' is none of active, passive, alternating"},
         {"quit now", "expected 'quit'"},
         {"disconnect now", "expected 'disconnect'"},
+        {"help send now", "expected 'help [COMMAND]'"},
     };
-    for (const auto& [line, reason] : kCases) {
-        try {
-            static_cast<void>(ParseCommand(line));
-            ADD_FAILURE() << line;
-        } catch (const Failure& failure) {
-            EXPECT_THAT(failure.what(), HasSubstr(reason));
-        }
+    for (const auto& [script, reason] : kCases)
+        EXPECT_THAT(Refusal(script), HasSubstr(reason)) << script;
+}
+
+TEST(Script, seconds_are_read_to_the_millisecond) {
+    EXPECT_EQ(SecondsIn("2.5"), 2500ms);
+    EXPECT_EQ(SecondsIn("0.0014"), 1ms);
+    EXPECT_EQ(SecondsIn("0"), 0ms);
+}
+
+TEST(Script, patterns_are_those_of_file_names_or_pieces) {
+    const struct {
+        const char* Text;
+        const char* Pattern;
+        bool Fits;
+    } kCases[] = {
+        {"S1F13", "", true},
+        {"S1F13", "f1", true},
+        {"S1F13", "f2", false},
+        {"S1F13", "s1*", true},
+        {"S1F13", "*1", false},
+        {"S1F13", "S?F1?", true},
+        {"S1F13", "S?F1", false},
+        {"S1F13", "S1F13*", true},
+        {"S1F13", "*F1*3*", true},
+        {"", "*", true},
+        {"", "?", false},
+    };
+    for (const auto& one : kCases)
+        EXPECT_EQ(FitsPattern(one.Text, one.Pattern), one.Fits) << one.Text << ' ' << one.Pattern;
+}
+
+TEST(Script, table_has_each_command_and_each_property_once_with_a_help) {
+    std::set<std::string> names;
+    const ScriptCommands commands = CommonCommands();
+    for (const ScriptCommand& command : commands.All()) {
+        EXPECT_TRUE(names.insert(command.Name).second) << command.Name;
+        EXPECT_NE(command.Help, "");
+        EXPECT_EQ(commands.Find(command.Name), &command);
+    }
+    EXPECT_EQ(commands.Find("fetch"), nullptr);
+    EXPECT_TRUE(std::ranges::is_sorted(ControlProperties(), {}, &ControlProperty::Name));
+    for (const ControlProperty& property : ControlProperties()) {
+        EXPECT_TRUE(names.insert(property.Name).second) << property.Name;
+        EXPECT_NE(property.Values, "");
     }
 }
 

@@ -70,7 +70,7 @@ TEST_F(TwoProcesses, exchange_messages_as_their_scripts_say) {
     EXPECT_EQ(host.Wait(), 0) << host.Errors();
     EXPECT_EQ(host.Errors(), "");
     EXPECT_EQ(equipment.Wait(), 1);  // Nobody sends an S9F99.
-    EXPECT_EQ(equipment.Errors(), "hexmire: script line 7: S9F99 did not come\n");
+    EXPECT_EQ(equipment.Errors(), "hexmire: " + (folder_ / "script0:7") + ": S9F99 did not come\n");
 
     const auto reply = Find(host.Output(), "received-secondary", 1, 14);
     ASSERT_TRUE(reply.has_value());
@@ -159,7 +159,7 @@ TEST_F(TwoProcesses, equipment_reports_a_foreign_device) {
     ASSERT_TRUE(equipment.ReadUntil(R"("event":"sent")"));
     host.Signal(SIGTERM);
     EXPECT_EQ(host.Wait(), 1);
-    EXPECT_EQ(host.Errors(), "hexmire: script line 3: interrupted\n");
+    EXPECT_EQ(host.Errors(), "hexmire: " + (folder_ / "script0:3") + ": interrupted\n");
     equipment.Signal(SIGTERM);
     EXPECT_EQ(equipment.Wait(), 0);
     EXPECT_EQ(Find(equipment.Output(), "sent", 9, 1)->at("body_hex"),
@@ -201,7 +201,7 @@ TEST_F(TwoProcesses, killed_equipment_fails_what_the_host_expects) {
     equipment.Signal(SIGKILL);
     EXPECT_TRUE(host.ReadUntil("\"disconnect\""));
     EXPECT_EQ(host.Wait(), 1);
-    EXPECT_EQ(host.Errors(), "hexmire: script line 2: S6F11 did not come\n");
+    EXPECT_EQ(host.Errors(), "hexmire: " + (folder_ / "script0:2") + ": S6F11 did not come\n");
 }
 
 TEST_F(TwoProcesses, killed_host_leaves_the_equipment_ready_for_the_next) {
@@ -249,13 +249,13 @@ TEST_F(TwoProcesses, host_may_listen_and_the_equipment_connect) {
 TEST_F(TwoProcesses, connect_that_comes_to_nothing_fails_the_script) {
     ChildProcess host(HEXMIRE_PROGRAM, Host(Script("connect 1\n")));
     EXPECT_EQ(host.Wait(), 1);
-    EXPECT_THAT(host.Errors(), HasSubstr("hexmire: script line 1: no connection: 3050 "));
+    EXPECT_THAT(host.Errors(), HasSubstr("script0:1: no connection: 3050 "));
 }
 
 TEST_F(TwoProcesses, template_that_is_unknown_fails_the_script) {
     ChildProcess host(HEXMIRE_PROGRAM, Host(Script("send S99F1\n")));
     EXPECT_EQ(host.Wait(), 1);
-    EXPECT_THAT(host.Errors(), HasSubstr("hexmire: script line 1: cannot send S99F1: 1025 "));
+    EXPECT_THAT(host.Errors(), HasSubstr("script0:1: cannot send S99F1: 1025 "));
 }
 
 TEST_F(TwoProcesses, port_that_is_taken_is_told) {

@@ -27,6 +27,17 @@ std::unique_ptr<EventOutput> OutputFor(const PeerOptions& options) {
                                         options.Side == Role::Host ? "host" : "equipment");
 }
 
+/// "Commands, one a line, ...: connect [SECONDS], send ..."
+std::string ScriptHelp() {
+    std::string names;
+    const ScriptCommands commands = CommonCommands();
+    for (const ScriptCommand& command : commands.All())
+        names += (names.empty() ? "" : ", ") + command.Name +
+                 (command.Arguments.empty() ? "" : ' ' + command.Arguments);
+    return "Commands, one a line, '-' for the standard input: " + names +
+           "; '#' begins a comment. Without a script the link is served until SIGINT or SIGTERM";
+}
+
 /// Keeps the port open until a signal comes.
 void Serve(EventLoop& loop, Peer& peer, const Interrupt& interrupt) {
     const auto interrupted = [&] { return interrupt.HasCome(); };
@@ -41,13 +52,7 @@ void Serve(EventLoop& loop, Peer& peer, const Interrupt& interrupt) {
 
 void AddPeerOptions(CLI::App& command, PeerOptions& options) {
     AddLinkOptions(command, options.Link);
-    command
-        .add_option("--script",
-                    options.Script,
-                    "Commands, one a line, '-' for the standard input: connect [SECONDS], send "
-                    "NAME, expect SxFy [SECONDS], wait SECONDS, disconnect, quit; '#' begins a "
-                    "comment. Without a script the link is served until SIGINT or SIGTERM")
-        ->type_name("FILE");
+    command.add_option("--script", options.Script, ScriptHelp())->type_name("FILE");
     command.add_flag("--json", options.Json, "Write one JSON object a line for every event");
 }
 
@@ -69,8 +74,15 @@ void RunPeer(const PeerOptions& options) {
     };
     const CloseAtTheEnd closing{peer};
     if (options.Script.empty()) return Serve(loop, peer, interrupt);
-    LineSource lines(loop, options.Script);
-    ScriptRunner(loop, peer, lines, interrupt).Run();
+    const ScriptCommands commands = CommonCommands();
+    ScriptContext context{.Loop = loop,
+                          .Side = peer,
+                          .Commands = commands,
+                          .Out = options.Json ? std::cerr : std::cout,
+                          .GivenUp = [&] { return interrupt.HasCome(); }};
+    if (options.Script != "-") return RunScriptFile(context, options.Script);
+    LineSource lines(loop);
+    RunScriptLines(context, "<stdin>", [&](bool) { return lines.Next(context.GivenUp); });
 }
 
 }  // namespace hexmire::program
