@@ -5,6 +5,7 @@
 #include "commands/DemoCommand.h"
 #include "commands/DictionaryCommand.h"
 #include "commands/EncodeCommand.h"
+#include "commands/LogCommand.h"
 #include "commands/PeerCommand.h"
 #include <CLI/CLI.hpp>
 
@@ -71,6 +72,12 @@ int Run(int argc, const char* const* argv) {
     DictionaryOptions dictionary;
     AddDictionaryCommands(
         *program.add_subcommand("dictionary", "Check, show and make dictionary files"), dictionary);
+    LogOptions log;
+    CLI::App* logCommand = program.add_subcommand(
+        "log", "Read message logs: filter, follow, pair primaries with replies, draw");
+    AddLogOptions(*logCommand, log);
+    logCommand->callback([&log] { RunLog(log); });
+
     program.add_subcommand("version", "Print the version")->callback(&PrintVersion);
 
     try {
