@@ -72,8 +72,9 @@ fuzz: ## Run every fuzz target for FUZZ_SECONDS
 bench: ## Run the benchmarks and print the ratios that matter
 	@scripts/setup bench
 	@cmake --preset bench >/dev/null
-	cmake --build --preset bench -j $(JOBS) --target hexmire_benchmarks
+	cmake --build --preset bench -j $(JOBS) --target hexmire_benchmarks hexmire
 	benchmarks/run build/bench
+	benchmarks/log-stream build/bench/apps/hexmire/hexmire
 
 coverage: ## Run the tests with counters; print line and branch coverage by folder
 	@scripts/setup check

@@ -183,6 +183,15 @@ TEST(CommandLine, help_is_there_for_every_command) {
         {{"dictionary", "list", "--help"}, {"PATTERN", "--dictionary", "--json"}},
         {{"dictionary", "show", "--help"}, {"NAME", "--dictionary"}},
         {{"dictionary", "from-sml", "--help"}, {"FILE", "--latin1"}},
+        {{"log", "--help"},
+         {"FILE",
+          "--follow",
+          "--message SxFy|Sx",
+          "--system-bytes",
+          "--from TIME",
+          "--latency",
+          "--unanswered",
+          "--plot FILE.svg"}},
         {{"version", "--help"}, {"version"}},
     };
     for (const auto& one : kCases) {

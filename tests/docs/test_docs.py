@@ -59,6 +59,13 @@ class Documents(unittest.TestCase):
         for code in codes:
             self.assertRegex(known, rf"(?m)^\| {code} ")
 
+    def test_every_option_for_logs_is_documented(self):
+        source = (ROOT / "apps/hexmire/commands/LogCommand.cpp").read_text(encoding="utf-8")
+        text = (ROOT / "docs/reading-logs.md").read_text(encoding="utf-8")
+        options = set(re.findall(r'add_(?:option|flag)\(\s*"(--[a-z-]+)"', source))
+        self.assertEqual(16, len(options))
+        self.assertEqual(options, set(re.findall(r"(?<![a-z-])--[a-z][a-z-]*", text)) - {"--log"})
+
     def test_every_link_between_documents_leads_somewhere(self):
         for document in DOCUMENTS:
             text = document.read_text(encoding="utf-8")

@@ -37,6 +37,10 @@ std::string Milliseconds(bool known, LogTime time) {
     return known ? std::to_string(time * kMillisecondsEach) : "-";
 }
 
+nlohmann::ordered_json JsonMilliseconds(bool known, LogTime time) {
+    return known ? nlohmann::ordered_json(time * kMillisecondsEach) : nlohmann::ordered_json();
+}
+
 }  // namespace
 
 void LatencyHistogram::Add(LogTime latency) {
@@ -114,13 +118,10 @@ void LatencyTable::PrintJson(std::ostream& out) const {
         json["count"] = row.Count;
         json["expected"] = row.Expected;
         json["answered"] = row.Answered;
-        const auto set = [&](const char* name, LogTime time) {
-            json[name] = nullptr;
-            if (row.Times.Count() > 0) json[name] = time * kMillisecondsEach;
-        };
-        set("median_ms", row.Times.Quantile(50));
-        set("p99_ms", row.Times.Quantile(99));
-        set("max_ms", row.Times.Max());
+        const bool known = row.Times.Count() > 0;
+        json["median_ms"] = JsonMilliseconds(known, row.Times.Quantile(50));
+        json["p99_ms"] = JsonMilliseconds(known, row.Times.Quantile(99));
+        json["max_ms"] = JsonMilliseconds(known, row.Times.Max());
         out << json.dump() << '\n';
     }
 }

@@ -6,7 +6,6 @@ namespace hexmire::program {
 
 namespace {
 
-constexpr std::int32_t kErrorStream = 9;
 constexpr std::int32_t kTransactionTimeOut = 9;
 
 bool IsReceived(const LogEntry& entry) { return entry.Facts.Direction == Way::Received; }

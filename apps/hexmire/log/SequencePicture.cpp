@@ -223,7 +223,7 @@ void SequenceDiagram::WriteBracket(std::ostream& out,
          to.Y + 4,
          "note",
          fromHost ? "end" : "start",
-         Span(time));
+         time == 0 ? "< 10 ms" : Span(time));
 }
 
 }  // namespace hexmire::program

@@ -25,7 +25,7 @@ struct Outcome {
     std::string Errors;
 };
 
-Outcome Run(Words words, const std::string& input = "") {
+Outcome RunLog(Words words, const std::string& input = "") {
     words.insert(words.begin(), "log");
     ChildProcess program(HEXMIRE_PROGRAM, words);
     program.Write(input);
@@ -50,13 +50,13 @@ TEST(LogCommand, whole_log_comes_out_as_it_was_written) {
     const std::string next =
         folder.Write("a_2024-03-06.log", LogText("2024/03/06").Message("Send", 1, 1, 9).Text());
     for (const Words& words : {Words{path}, Words{"-"}}) {
-        const Outcome run = Run(words, text);
+        const Outcome run = RunLog(words, text);
         EXPECT_EQ(run.Status, 0);
         EXPECT_EQ(run.Output, text);
         EXPECT_EQ(run.Errors, "");
     }
-    EXPECT_EQ(Run({folder / "a.log"}).Output, text + TempFolder::Read(next));
-    EXPECT_EQ(Run({next, path}).Output, TempFolder::Read(next) + text);
+    EXPECT_EQ(RunLog({folder / "a.log"}).Output, text + TempFolder::Read(next));
+    EXPECT_EQ(RunLog({next, path}).Output, TempFolder::Read(next) + text);
 }
 
 TEST(LogCommand, options_choose_entries) {
@@ -78,31 +78,32 @@ TEST(LogCommand, options_choose_entries) {
     for (const auto& [options, wanted] : kCases) {
         Words words = options;
         words.emplace_back("-");
-        const Outcome run = Run(words, text);
+        const Outcome run = RunLog(words, text);
         EXPECT_EQ(run.Status, 0) << options.front();
         EXPECT_EQ(run.Output, wanted) << options.front();
         EXPECT_EQ(run.Errors, "") << options.front();
     }
-    EXPECT_THAT(Run({"--latency", "-"}, text).Output, HasSubstr("S2F17     sent "));
-    EXPECT_THAT(Run({"--latency", "--json", "-"}, text).Output, HasSubstr("\"median_ms\":20"));
-    EXPECT_THAT(Run({"--json", "--sml", "-"}, text).Output,
+    EXPECT_THAT(RunLog({"--latency", "-"}, text).Output, HasSubstr("S2F17     sent "));
+    EXPECT_THAT(RunLog({"--latency", "--json", "-"}, text).Output, HasSubstr("\"median_ms\":20"));
+    EXPECT_THAT(RunLog({"--json", "--sml", "-"}, text).Output,
                 HasSubstr("\"event\":\"received-secondary\""));
 }
 
 TEST(LogCommand, what_is_wrong_with_a_log_is_told_in_one_line_each) {
-    const Outcome run =
-        Run({"-"},
-            LogText().Message("Send", 1, 1, 1).Wait(-500).Line("x").Text() + "2024/03/05 14:00:0");
+    const Outcome run = RunLog(
+        {"-"},
+        LogText().Message("Send", 1, 1, 1).Wait(-500).Line("x").Text() + "2024/03/05 14:00:0");
     EXPECT_EQ(run.Status, 0);
     EXPECT_EQ(
         run.Errors,
         "hexmire: warning: the standard input: the clock goes back 1 time, first by 5.00 s at "
-        "line 6\n"
+        "line 7\n"
         "hexmire: warning: the standard input: the last entry is cut off\n");
-    EXPECT_EQ(Run({"-"}, LogText().Message("Send", 1, 1, 1).Header("Send", 1, 1, 1).Text() + "?\n")
-                  .Errors,
-              "hexmire: warning: the standard input: 1 line is no whole entry of a log, first line "
-              "7\n");
+    EXPECT_EQ(
+        RunLog({"-"}, LogText().Message("Send", 1, 1, 1).Header("Send", 1, 1, 1).Text() + "?\n")
+            .Errors,
+        "hexmire: warning: the standard input: 1 line is no whole entry of a log, first line "
+        "8\n");
 }
 
 TEST(LogCommand, what_cannot_be_done_is_told_in_one_line) {
@@ -134,7 +135,7 @@ TEST(LogCommand, what_cannot_be_done_is_told_in_one_line) {
         {{"--follow", log, log}, 2, "--follow takes one FILE"},
     };
     for (const auto& one : kCases) {
-        const Outcome run = Run(one.Line);
+        const Outcome run = RunLog(one.Line);
         EXPECT_EQ(run.Status, one.Status) << one.Reason;
         EXPECT_THAT(run.Errors, HasSubstr(one.Reason));
         EXPECT_EQ(std::count(run.Errors.begin(), run.Errors.end(), '\n'), 1) << run.Errors;
@@ -145,12 +146,12 @@ TEST(LogCommand, what_cannot_be_done_is_told_in_one_line) {
 TEST(LogCommand, picture_of_more_than_the_limit_is_told) {
     const TempFolder folder;
     const std::string picture = folder / "a.svg";
-    const Outcome run = Run({"-", "--plot", picture, "--limit", "2"}, Exchange());
+    const Outcome run = RunLog({"-", "--plot", picture, "--limit", "2"}, Exchange());
     EXPECT_EQ(run.Status, 0);
     EXPECT_EQ(run.Output, "");
     EXPECT_THAT(run.Errors, HasSubstr("warning: the first 2 of 3 messages are drawn"));
     EXPECT_THAT(TempFolder::Read(picture), HasSubstr("The first 2 of 3 messages"));
-    EXPECT_EQ(Run({"-", "--plot", picture}, Exchange()).Errors, "");
+    EXPECT_EQ(RunLog({"-", "--plot", picture}, Exchange()).Errors, "");
 }
 
 TEST(LogCommand, follow_goes_on_over_midnight_and_ends_on_an_interrupt) {

@@ -154,6 +154,11 @@ TEST(SequenceDiagram, log_without_messages_gives_an_empty_picture) {
     EXPECT_THAT(Picture(""), HasSubstr(">no message<"));
 }
 
+TEST(SequenceDiagram, reply_within_one_time_stamp_took_less_than_its_step) {
+    EXPECT_THAT(Picture(LogText().Message("Send", 0x81, 1, 7).Message("Received", 1, 2, 7).Text()),
+                HasSubstr(">&lt; 10 ms</text>"));
+}
+
 TEST(SequenceDiagram, title_is_escaped) {
     EXPECT_THAT(Picture("", {}, 1, LogSide::Host, "<&\">\x01\xFF.log"),
                 HasSubstr(">&lt;&amp;&quot;&gt;??.log</text>"));
