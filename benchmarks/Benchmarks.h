@@ -9,5 +9,6 @@ void RegisterTexts();
 void RegisterControl();
 void RegisterLinks();
 void RegisterSecs1();
+void RegisterDictionary();
 
 }  // namespace hexmire::bench

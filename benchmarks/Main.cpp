@@ -9,6 +9,7 @@ int main(int count, char** arguments) {
     hexmire::bench::RegisterControl();
     hexmire::bench::RegisterLinks();
     hexmire::bench::RegisterSecs1();
+    hexmire::bench::RegisterDictionary();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

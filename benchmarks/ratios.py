@@ -15,6 +15,7 @@ PAIRS = [
     ("WriteHex/1048576", "PlainCopy/1048576"),
     ("ReadHex/1048576", "PlainCopy/1048576"),
     ("SendAndReceive/10000", "SendAndReceive/1"),
+    ("LoadDictionary", "PlainReadDictionary"),
     *[
         (f"{what}/{name}/{count}/real_time", f"PlainRoundTrip/{name}/{count}/real_time")
         for name in ("S1F1", "S2F101")

@@ -73,7 +73,15 @@ private:
     };
 
     void Find(std::size_t offset, std::string text) {
-        findings_.push_back({offset, std::move(text)});
+        findings_.push_back({offset, std::move(text), 0});
+    }
+
+    /// Those that the open lists still wait for, one that is cut short included.
+    [[nodiscard]] std::uint64_t Claimed() const {
+        std::uint64_t claimed = 1;
+        for (const List& list : lists_)
+            claimed += list.Left;
+        return claimed;
     }
 
     /// False when nothing behind can be read.
@@ -84,6 +92,7 @@ private:
         const std::size_t value = ReadItemHeader(body_, start, header);
         if (value == 0) {
             Find(start, "the head of an item is cut short");
+            findings_.back().Missing = Claimed();
             return false;
         }
         if (header.LengthBytes == 0) Find(start, "the item has no length bytes");
@@ -113,6 +122,7 @@ private:
             Find(start,
                  "item " + name + " of " + Counted(header.Length, "byte", "bytes") + ", but only " +
                      std::to_string(there) + (there == 1 ? " is there" : " are there"));
+            findings_.back().Missing = Claimed();
             return false;
         }
         offset_ += header.Length;
@@ -125,6 +135,7 @@ private:
         Find(list.Offset,
              "list of " + Counted(list.Count, "item", "items") + ", but only " +
                  std::to_string(there) + (there == 1 ? " is there" : " are there"));
+        findings_.back().Missing = Claimed();
         return false;
     }
 

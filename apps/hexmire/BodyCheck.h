@@ -12,6 +12,7 @@ namespace hexmire::program {
 struct BodyFinding {
     std::size_t Offset = 0;
     std::string Text;
+    std::uint64_t Missing = 0;  ///< items that lists still claim where the body ends
 };
 
 /// What is wrong with the items of a body (SEMI E5, item header): one that ends too early, an

@@ -109,6 +109,24 @@ TEST(Decode, EqualReportsAreToldOnceWithTheirNumber) {
               "hexmire: error 9 (SECSMessage-lParseSECSMessage) Subscript out of range, 4 times\n");
 }
 
+TEST(Decode, ABodyThatClaimsMillionsOfItemsIsNotDecoded) {
+    EXPECT_EQ(Decode({"03 FF FF FF"}),
+              (ProgramRun{1,
+                          "",
+                          "hexmire: offset 0: list of 16777215 items, but only 0 are there; it is "
+                          "not decoded\n"}));
+    // Every list on the way to the end counts, and an item that is cut short too.
+    for (const char* hex : {"03 01 86 A1 01 00",
+                            "02 FF FF 02 FF FF 41 01 41",
+                            "03 01 86 A1 41 05 41",
+                            "03 01 86 A1 42"}) {
+        const ProgramRun run = Decode({hex});
+        EXPECT_EQ(run.Status, 1);
+        const bool isDecoded = run.Output != "";
+        EXPECT_EQ(isDecoded, std::string(hex) == "03 01 86 A1 01 00") << hex << run.Output;
+    }
+}
+
 TEST(Decode, WholeMessagesAreTakenFromEveryFraming) {
     const std::string expected = "* device ID 5, system bytes 16909060\nS1F13 W\n< L  >\n.\n";
     for (const Words& words : {

@@ -132,6 +132,13 @@ TEST(DictionaryCheck, WhatIsThereTwiceIsFound) {
                      "6: a further Secondary is not loaded"}));
 }
 
+TEST(DictionaryCheck, TheFirstOfTwoIsTheOneThatCounts) {
+    EXPECT_EQ(Findings(Document(Trans("A",
+                                      Message("Primary", "1", "3") + Message("Primary", "1", "2"),
+                                      Message("Secondary", "1", "4")))),
+              (Lines{"4: a further Primary is not loaded"}));
+}
+
 TEST(DictionaryCheck, FunctionsThatDoNotPairAreFound) {
     const auto with = [](const char* primary, const char* stream, const char* secondary) {
         return Findings(Document(
@@ -238,6 +245,10 @@ TEST(DictionaryValue, ValuesAreJudgedAsTheLoaderReadsThem) {
         {FormatAscii, false, "it's", ""},
         {FormatAscii, false, "caf\xC3\xA9", ""},
         {FormatAscii, false, " x", "the blanks around \" x\" are dropped"},
+        {FormatAscii,
+         false,
+         "\xC4\x80",
+         "\"\xC4\x80\" has characters that become \"?\" (above U+00FF)"},
         {FormatAscii,
          false,
          "\xE2\x82\xAC",

@@ -155,13 +155,14 @@ TEST(DictionaryCommand, EveryTemplateShowsAndEncodes) {
 
 TEST(DictionaryCommand, SmlBecomesADictionaryThatLoadsWithoutReport) {
     const TempFolder folder;
-    const std::string sml = folder.Write("d.sml",
-                                         "Hello: 'S1F1' W.\n"
-                                         "S1F2 <L <A \"M&<'x\"> <A \"caf\xC3\xA9\" 0x0A \"b\">>.\n"
-                                         "S2F41 W <L <A 'GO'> <L>>.\n"
-                                         "S6F11 <L <F4 0.1 -1e-30> <BOOL T> <BOOL T F>"
-                                         " <B 1 0xFF> <I8 -9> <U4 4294967295> <U1> <A>>.\n"
-                                         "S7F1 <V any text>.\n");
+    const std::string sml =
+        folder.Write("d.sml",
+                     "Hello: 'S1F1' W.\n"
+                     "S1F2 <L <A \"M&<'x\" 0x22 \">\"> <A \"caf\xC3\xA9\" 0x0A \"b\">>.\n"
+                     "S2F41 W <L <A 'GO'> <L>>.\n"
+                     "S6F11 <L <F4 0.1 -1e-30> <BOOL T> <BOOL T F>"
+                     " <B 1 0xFF> <I8 -9> <U4 4294967295> <U1> <A>>.\n"
+                     "S7F1 <V any text>.\n");
     const ProgramRun made = Dictionary({"from-sml", sml});
     EXPECT_EQ(made.Status, 0);
     EXPECT_EQ(made.Errors, "");

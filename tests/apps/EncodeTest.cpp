@@ -78,6 +78,14 @@ TEST(Encode, TextsAreUtf8UnlessToldOtherwise) {
                           "\"\xE2\x82\xAC\"\n"}));
 }
 
+TEST(Encode, EveryCharacterOfLatin1IsReadAndTheNextOneIsNot) {
+    EXPECT_EQ(Encode({}, "<A '\xC2\x80\xC3\xBF'>"), (ProgramRun{0, "41 02 80 FF\n", ""}));
+    // U+0100, an overlong slash, a lone byte of a character, one cut short, and beyond four bytes.
+    for (const char* text :
+         {"\xC4\x80", "\xC0\xAF", "\x80", "\xC3", "\xF5\x80\x80\x80", "\xE0\x80\xAF"})
+        EXPECT_EQ(Encode({}, "<A '" + std::string(text) + "'>").Status, 2);
+}
+
 TEST(Encode, ErrorsTellFileLineAndColumn) {
     const TempFolder folder;
     const std::string file = folder.Write("bad.sml", "S1F1.\nS1F3 <L\n  <U1 256>\n>.\n");
@@ -110,7 +118,7 @@ TEST(Encode, NothingIsWrittenWhenALaterMessageIsWrong) {
 }
 
 TEST(Encode, AnItemThatIsTooLongIsRefused) {
-    const ProgramRun run = Encode({}, "<A \"" + std::string(0x1000000, 'x') + "\">");
+    const ProgramRun run = Encode({"--latin1"}, "<A \"" + std::string(0x1000000, 'x') + "\">");
     EXPECT_EQ(run.Status, 2);
     EXPECT_EQ(run.Output, "");
     EXPECT_EQ(run.Errors, "hexmire: an item of length 16777216: the longest is 16777215\n");

@@ -81,6 +81,35 @@ TEST_F(Template, AListThatIsFixedKeepsItsItems) {
     EXPECT_EQ(Primary(Prepared("S1F13")), "S1F13 W\r\n< L \r\n  < A >\r\n  < A >\r\n >\r\n.");
 }
 
+TEST_F(Template, OnlyTheDescriptionThatSaysAnyNumberMarksAListThatRepeats) {
+    const SECSMessagePtr message = New<SECSMessage>();
+    const SECSItemPtr list = message->Root()->AddNew(1);
+    list->Format(FormatList);
+    list->AddNew(1);
+    for (const char* description : {"", "any of two", "Any number of X", "not any number of X"}) {
+        list->Description(description);
+        DropExamples(*message);
+        EXPECT_EQ(list->ItemCount(), 1) << description;
+    }
+    list->Description("any number of X");
+    DropExamples(*message);
+    EXPECT_EQ(list->ItemCount(), 0);
+}
+
+TEST_F(Template, ASecondaryWithNameDescriptionOrBodyIsAReply) {
+    const SECSTransPtr trans = control_.NewSECSTransaction();
+    SECSMessage& secondary = *trans->Secondary();
+    EXPECT_FALSE(HasReply(*trans));
+    secondary.Name("S1F2");
+    EXPECT_TRUE(HasReply(*trans));
+    secondary.Name("");
+    secondary.Description("x");
+    EXPECT_TRUE(HasReply(*trans));
+    secondary.Description("");
+    secondary.Root()->AddNew(1);
+    EXPECT_TRUE(HasReply(*trans));
+}
+
 TEST_F(Template, EveryPreparedMessageEncodesAndDecodesWithoutReport) {
     for (const SECSTransPtr& entry : *control_.SECSDictionary()) {
         const SECSTransPtr trans = Prepared(entry->Name());
