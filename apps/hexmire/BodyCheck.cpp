@@ -4,6 +4,9 @@
 #include <hexmire/core/ModGeneral.h>
 #include <hexmire/support/ItemHeader.h>
 
+#include <numeric>
+#include <utility>
+
 namespace hexmire::program {
 
 namespace {
@@ -31,6 +34,13 @@ std::uint32_t WidthOf(std::uint8_t format) {
         default:
             return 0;
     }
+}
+
+/// Length / width to the nearest whole number, halves to even: so many the control reads.
+std::uint32_t ReadElements(std::uint32_t length, std::uint32_t width) {
+    const std::uint32_t whole = length / width;
+    const std::uint32_t twice = 2 * (length % width);
+    return twice > width || (twice == width && whole % 2 == 1) ? whole + 1 : whole;
 }
 
 std::string Counted(std::size_t count, const char* one, const char* several) {
@@ -73,15 +83,7 @@ private:
     };
 
     void Find(std::size_t offset, std::string text) {
-        findings_.push_back({offset, std::move(text), 0});
-    }
-
-    /// Those that the open lists still wait for, one that is cut short included.
-    [[nodiscard]] std::uint64_t Claimed() const {
-        std::uint64_t claimed = 1;
-        for (const List& list : lists_)
-            claimed += list.Left;
-        return claimed;
+        findings_.push_back({offset, std::move(text)});
     }
 
     /// False when nothing behind can be read.
@@ -92,7 +94,6 @@ private:
         const std::size_t value = ReadItemHeader(body_, start, header);
         if (value == 0) {
             Find(start, "the head of an item is cut short");
-            findings_.back().Missing = Claimed();
             return false;
         }
         if (header.LengthBytes == 0) Find(start, "the item has no length bytes");
@@ -122,7 +123,6 @@ private:
             Find(start,
                  "item " + name + " of " + Counted(header.Length, "byte", "bytes") + ", but only " +
                      std::to_string(there) + (there == 1 ? " is there" : " are there"));
-            findings_.back().Missing = Claimed();
             return false;
         }
         offset_ += header.Length;
@@ -135,7 +135,6 @@ private:
         Find(list.Offset,
              "list of " + Counted(list.Count, "item", "items") + ", but only " +
                  std::to_string(there) + (there == 1 ? " is there" : " are there"));
-        findings_.back().Missing = Claimed();
         return false;
     }
 
@@ -146,6 +145,27 @@ private:
 };
 
 }  // namespace
+
+std::uint64_t MissingItems(std::span<const std::uint8_t> body) {
+    std::vector<std::uint32_t> lists{1};  // Items that each still waits for.
+    for (std::size_t offset = 0; !lists.empty() && offset < body.size();) {
+        if (lists.back() == 0) {
+            lists.pop_back();
+            continue;
+        }
+        --lists.back();
+        ItemHeader header;
+        offset = ReadItemHeader(body, offset, header);
+        if (offset == 0) break;  // Its head is cut short: nothing is left.
+        const std::uint32_t width = WidthOf(header.FormatCode);
+        if (header.FormatCode == FormatList) {
+            lists.push_back(header.Length);
+        } else if (width != 0) {  // Nothing of an unknown one is passed over.
+            offset += std::uint64_t{ReadElements(header.Length, width)} * width;
+        }
+    }
+    return std::accumulate(lists.begin(), lists.end(), std::uint64_t{0});
+}
 
 std::vector<BodyFinding> CheckBody(std::span<const std::uint8_t> body) { return Walk(body).Run(); }
 

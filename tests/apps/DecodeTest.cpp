@@ -1,4 +1,7 @@
+#include <hexmire/hexmire.h>
+
 #include "../hosting/TempFolder.h"
+#include "BodyCheck.h"
 #include "ProgramRun.h"
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -115,15 +118,38 @@ TEST(Decode, ABodyThatClaimsMillionsOfItemsIsNotDecoded) {
                           "",
                           "hexmire: offset 0: list of 16777215 items, but only 0 are there; it is "
                           "not decoded\n"}));
-    // Every list on the way to the end counts, and an item that is cut short too.
-    for (const char* hex : {"03 01 86 A1 01 00",
-                            "02 FF FF 02 FF FF 41 01 41",
-                            "03 01 86 A1 41 05 41",
-                            "03 01 86 A1 42"}) {
-        const ProgramRun run = Decode({hex});
-        EXPECT_EQ(run.Status, 1);
-        const bool isDecoded = run.Output != "";
-        EXPECT_EQ(isDecoded, std::string(hex) == "03 01 86 A1 01 00") << hex << run.Output;
+}
+
+TEST(Decode, MissingItemsAreThoseThatTheControlReports) {
+    const struct {
+        std::vector<std::uint8_t> Body;
+        std::uint64_t Missing;
+    } kCases[] = {
+        {{1, 0}, 0},
+        {{0x41, 1, 0x41}, 0},
+        {{1, 5}, 5},
+        {{1, 5, 0x41, 1, 0x41}, 4},
+        {{1, 5, 0x41, 9, 0x41}, 4},
+        {{1, 5, 1, 3, 0x41}, 6},
+        {{1, 2, 1, 0, 1, 4}, 4},
+        {{3, 0xFF, 0xFF, 0xFF}, 0xFFFFFF},
+        {{1, 2, 5, 0, 3, 0xFF, 0xFF, 0xFF}, 0xFFFFFF},     // behind an unknown format
+        {{1, 2, 0xB1, 1, 2, 0, 1}, 1},                     // a quarter of a U4 is none
+        {{1, 2, 0xB1, 6, 0, 0, 0, 0, 0, 0, 1, 4}, 1},      // one and a half are two
+        {{1, 2, 0xB1, 2, 3, 0xFF, 0xFF, 0xFF}, 0xFFFFFF},  // half a one is none
+    };
+    for (const auto& one : kCases) {
+        std::uint64_t reports = 0;
+        EventLoop loop;
+        Hexmire control(loop.Platform({.MessageLog = false}));
+        control.Events().Error = [&](std::int32_t code, const std::string&, std::int32_t) {
+            if (code == 9) ++reports;
+        };
+        EXPECT_EQ(program::MissingItems(one.Body), one.Missing) << reports;
+        if (one.Missing > 1000) continue;
+        static_cast<void>(DecodeBody(one.Body));
+        EXPECT_GE(reports, one.Missing);
+        EXPECT_LE(reports, one.Missing + 1);  // The last item that is there may be cut short.
     }
 }
 

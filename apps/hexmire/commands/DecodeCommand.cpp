@@ -97,13 +97,13 @@ struct Shown {
     std::vector<std::string> Findings;
 };
 
-/// The control reports every item that is missing: a few bytes can claim millions.
+/// A body that would be reported more often is not decoded.
 constexpr std::uint64_t kMostReports = 100'000;
 
 Shown Show(const DecodeOptions& options, const Frame& frame, Reports& reports) {
     Shown shown;
     std::vector<BodyFinding> findings = CheckBody(frame.Body);
-    const bool isAbsurd = !findings.empty() && findings.back().Missing > kMostReports;
+    const bool isAbsurd = !findings.empty() && MissingItems(frame.Body) > kMostReports;
     if (isAbsurd) findings.back().Text += "; it is not decoded";
     const SECSMessagePtr message = DecodeBody(isAbsurd ? Bytes() : frame.Body).Message;
     if (message == nullptr) throw Failure("out of memory");
