@@ -169,13 +169,19 @@ void PrintSml(std::ostream& out, const std::string& sml) {
     out << text << '\n';
 }
 
+/// As a message is sent by its name: letter case does not count.
+SECSTransPtr FindTemplate(ScriptContext& context, std::string_view name) {
+    for (const SECSTransPtr& trans : *context.Side.Control().SECSDictionary()) {
+        if (IsSameWord(trans->Name(), name)) return trans;
+    }
+    return nullptr;
+}
+
 Action ReadShow(const CommandText& text) {
     if (text.Words.empty()) throw UsageOfCommand();
     return [name = std::string(text.Rest)](ScriptContext& context) {
-        const SECSTransPtr trans =
-            context.Side.Control().SECSDictionary()->SECSTrans(Latin1FromUtf8(name));
-        if (trans == nullptr)
-            throw Failure("cannot show " + name + ": " + Utf8FromLatin1(context.Side.LastError()));
+        const SECSTransPtr trans = FindTemplate(context, Latin1FromUtf8(name));
+        if (trans == nullptr) throw Failure("no template '" + name + "'");
         if (!trans->Description().empty())
             context.Out << "// " << Utf8FromLatin1(trans->Description()) << '\n';
         PrintSml(context.Out, RenderSml(*trans->Primary(), HasReply(*trans)));

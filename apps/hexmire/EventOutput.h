@@ -15,6 +15,9 @@ public:
     virtual void Error(std::int32_t code, const std::string& text, std::int32_t line) = 0;
     virtual void Message(const MessageRecord& message) = 0;
 
+    /// False once something could not be written.
+    [[nodiscard]] virtual bool IsGood() const = 0;
+
     virtual ~EventOutput() = default;
 
 protected:

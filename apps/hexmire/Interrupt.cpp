@@ -13,6 +13,10 @@ sigset_t Signals() {
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
+    // A program that was started to survive its terminal (nohup) does.
+    struct sigaction hangUp {};
+    if (::sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN)
+        sigaddset(&signals, SIGHUP);
     return signals;
 }
 
@@ -35,7 +39,10 @@ Interrupt::~Interrupt() {
 void Interrupt::Watch(EventLoop& loop) {
     const sigset_t signals = Signals();
     for (int signal = 0; sigwait(&signals, &signal) == 0 && !ending_;)
-        loop.Post([this] { come_ = true; });
+        loop.Post([this, isFinal = signal != SIGINT] {
+            come_ = true;
+            final_ = final_ || isFinal;
+        });
 }
 
 }  // namespace hexmire::program

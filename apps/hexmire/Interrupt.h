@@ -7,8 +7,8 @@
 
 namespace hexmire::program {
 
-/// Turns SIGINT and SIGTERM into an event of the loop, so that the program can end its link first.
-/// To be made before anything that starts a thread, and used on the loop's thread.
+/// Turns SIGINT, SIGTERM and SIGHUP into an event of the loop, so that the program can end its link
+/// first. To be made before anything that starts a thread, and used on the loop's thread.
 class Interrupt {
 public:
     /// The loop outlives this object.
@@ -20,10 +20,17 @@ public:
     /// True once one of the signals has come.
     [[nodiscard]] bool HasCome() const noexcept { return come_; }
 
+    /// True once one of them has come that no prompt survives: SIGTERM or SIGHUP.
+    [[nodiscard]] bool IsFinal() const noexcept { return final_; }
+
+    /// A SIGINT that has come counts no longer.
+    void Forget() noexcept { come_ = final_; }
+
 private:
     void Watch(EventLoop& loop);
 
-    bool come_ = false;  // The loop's thread alone touches it.
+    bool come_ = false;  // The loop's thread alone touches these two.
+    bool final_ = false;
     std::atomic<bool> ending_ = false;
     std::thread watcher_;
 };

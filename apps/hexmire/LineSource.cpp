@@ -39,24 +39,23 @@ void LineSource::ReadStandardInput(int wake) {
         pending.append(buffer.data(), static_cast<std::size_t>(count));
         for (std::size_t end = pending.find('\n'); end != std::string::npos;
              end = pending.find('\n')) {
-            loop_.Post([this, line = pending.substr(0, end)] { Add(line); });
+            loop_.Post(
+                [taken = taken_, line = pending.substr(0, end)] { taken->Lines.push_back(line); });
             pending.erase(0, end + 1);
         }
     }
-    loop_.Post([this, line = std::move(pending)] {
-        if (!line.empty()) Add(line);
-        ended_ = true;
+    loop_.Post([taken = taken_, line = std::move(pending)] {
+        if (!line.empty()) taken->Lines.push_back(line);
+        taken->HasEnded = true;
     });
 }
 
-void LineSource::Add(std::string line) { lines_.push_back(std::move(line)); }
-
 std::optional<std::string> LineSource::Next(const std::function<bool()>& givenUp) {
-    loop_.RunUntil([&] { return !lines_.empty() || ended_ || givenUp(); },
+    loop_.RunUntil([&] { return !taken_->Lines.empty() || taken_->HasEnded || givenUp(); },
                    std::chrono::nanoseconds::max());
-    if (lines_.empty() || givenUp()) return std::nullopt;
-    std::string line = std::move(lines_.front());
-    lines_.pop_front();
+    if (taken_->Lines.empty() || givenUp()) return std::nullopt;
+    std::string line = std::move(taken_->Lines.front());
+    taken_->Lines.pop_front();
     return line;
 }
 

@@ -26,11 +26,16 @@ public:
 
 private:
     void ReadStandardInput(int wake);
-    void Add(std::string line);
+
+    /// What the loop's thread alone touches. What the reader has posted may run after this object's
+    /// end, while the program closes its link.
+    struct Taken {
+        std::deque<std::string> Lines{};
+        bool HasEnded = false;
+    };
 
     EventLoop& loop_;
-    std::deque<std::string> lines_;  // The loop's thread alone touches these two.
-    bool ended_ = false;
+    const std::shared_ptr<Taken> taken_ = std::make_shared<Taken>();
     int wake_[2] = {-1, -1};
     std::thread reader_;
 };

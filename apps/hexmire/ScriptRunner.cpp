@@ -25,12 +25,16 @@ ScriptReader::ScriptReader(const ScriptCommands& commands, std::string name, Nex
 
 std::string ScriptReader::Place() const { return name_ + ':' + std::to_string(first_); }
 
-std::optional<Action> ScriptReader::Next() {
+std::optional<Action> ScriptReader::Read() {
     std::optional<std::string> line = next_(false);
     if (!line) return std::nullopt;
     first_ = ++lines_;
+    return ReadCommand(*std::move(line));
+}
+
+std::optional<Action> ScriptReader::Next() {
     try {
-        return ReadCommand(*std::move(line));
+        return Read();
     } catch (const BadCommand& bad) {
         std::string place = name_ + ':' + std::to_string(first_ + bad.Line - 1);
         if (bad.Column > 0) place += ':' + std::to_string(bad.Column);

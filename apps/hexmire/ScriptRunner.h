@@ -21,6 +21,9 @@ public:
     /// understood.
     [[nodiscard]] std::optional<Action> Next();
 
+    /// The same without the name: throws BadCommand with the place within the command.
+    [[nodiscard]] std::optional<Action> Read();
+
     /// "name:line", where the command that was read last begins.
     [[nodiscard]] std::string Place() const;
 

@@ -23,6 +23,7 @@ public:
     void Disconnect(std::int32_t code, const std::string& text) override;
     void Error(std::int32_t code, const std::string& text, std::int32_t line) override;
     void Message(const MessageRecord& message) override;
+    [[nodiscard]] bool IsGood() const override { return out_.good(); }
 
 private:
     std::ostream& out_;

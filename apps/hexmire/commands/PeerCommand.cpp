@@ -9,22 +9,27 @@
 #include "JsonEvents.h"
 #include "LineSource.h"
 #include "Peer.h"
+#include "Prompt.h"
 #include "ScriptRunner.h"
 #include "SmlPrinter.h"
+#include "Terminal.h"
 #include <CLI/CLI.hpp>
 
+#include <csignal>
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace hexmire::program {
 
 namespace {
 
-std::unique_ptr<EventOutput> OutputFor(const PeerOptions& options) {
-    if (options.Json) return std::make_unique<JsonEvents>(std::cout);
-    return std::make_unique<SmlPrinter>(std::cout,
-                                        options.Side == Role::Host ? "host" : "equipment");
+std::unique_ptr<EventOutput> OutputFor(const PeerOptions& options, std::ostream& out) {
+    if (options.Json) return std::make_unique<JsonEvents>(out);
+    return std::make_unique<SmlPrinter>(out, options.Side == Role::Host ? "host" : "equipment");
 }
 
 /// "Commands, one a line, ...: connect [SECONDS], send ..."
@@ -35,17 +40,34 @@ std::string ScriptHelp() {
         names += (names.empty() ? "" : ", ") + command.Name +
                  (command.Arguments.empty() ? "" : ' ' + command.Arguments);
     return "Commands, one a line, '-' for the standard input: " + names +
-           "; '#' begins a comment. Without a script the link is served until SIGINT or SIGTERM";
+           "; '#' begins a comment. Without a script: a prompt on a terminal, else the link is "
+           "served until SIGINT or SIGTERM";
 }
 
 /// Keeps the port open until a signal comes.
-void Serve(EventLoop& loop, Peer& peer, const Interrupt& interrupt) {
-    const auto interrupted = [&] { return interrupt.HasCome(); };
-    const auto ended = [&] { return !peer.Control().PortOpened() || interrupted(); };
+void Serve(ScriptContext& context) {
+    const auto ended = [&] { return !context.Side.Control().PortOpened() || context.GivenUp(); };
     constexpr auto kForever = std::chrono::nanoseconds::max();
-    if (peer.Open(interrupted, kForever)) loop.RunUntil(ended, kForever);
-    if (!interrupt.HasCome())
-        throw Failure("the port has closed: " + Utf8FromLatin1(peer.LastError()));
+    if (context.Side.Open(context.GivenUp, kForever)) context.Loop.RunUntil(ended, kForever);
+    if (!context.GivenUp())
+        throw Failure("the port has closed: " + Utf8FromLatin1(context.Side.LastError()));
+}
+
+void Run(ScriptContext& context, const std::string& script) {
+    if (script.empty()) return Serve(context);
+    if (script != "-") return RunScriptFile(context, script);
+    LineSource lines(context.Loop);
+    RunScriptLines(context, "<stdin>", [&](bool) { return lines.Next(context.GivenUp); });
+}
+
+void Prompt(ScriptContext& context, Terminal& terminal, Interrupt& interrupt, Role side) {
+    std::vector<std::string> templates;
+    for (const SECSTransPtr& trans : *context.Side.Control().SECSDictionary())
+        templates.push_back(Utf8FromLatin1(trans->Name()));
+    context.Out << "'help' lists the commands, Ctrl-D ends." << std::endl;
+    context.Side.StartOpening();
+    terminal.Start(LineCompletion(context.Commands, std::move(templates)), HistoryFile());
+    RunPrompt(context, terminal, interrupt, side == Role::Host ? "host> " : "equipment> ");
 }
 
 }  // namespace
@@ -60,29 +82,44 @@ void RunPeer(const PeerOptions& options) {
     CheckLinkOptions(options.Link, options.Side);
     if (const std::string advice = AdviceFor(options.Link); !advice.empty())
         std::cerr << "hexmire: warning: " << advice << std::endl;
+    // A reader that goes away shows as an output that has failed.
+    std::signal(SIGPIPE, SIG_IGN);
     EventLoop loop;
-    const Interrupt interrupt(loop);
-    const std::unique_ptr<EventOutput> output = OutputFor(options);
+    Interrupt interrupt(loop);
+    const bool isPrompt = options.Script.empty() && !options.Json && Terminal::IsThere();
+    std::optional<Terminal> terminal;
+    if (isPrompt) terminal.emplace(loop);
+    const std::unique_ptr<EventOutput> output =
+        OutputFor(options, terminal ? terminal->Out() : std::cout);
     Peer peer(loop, *output, options.Link, options.Side);
     peer.LoadDictionary(FindDictionary(options.Link.Dictionary));
     std::optional<EquipmentRole> equipment;
     if (options.Side == Role::Equipment) equipment.emplace(peer);
+    const ScriptCommands commands = CommonCommands();
 
     struct CloseAtTheEnd {
         Peer& Side;
         ~CloseAtTheEnd() { Side.Close(); }
     };
     const CloseAtTheEnd closing{peer};
-    if (options.Script.empty()) return Serve(loop, peer, interrupt);
-    const ScriptCommands commands = CommonCommands();
+    const auto givenUp = [&] { return interrupt.HasCome() || !output->IsGood(); };
     ScriptContext context{.Loop = loop,
                           .Side = peer,
                           .Commands = commands,
-                          .Out = options.Json ? std::cerr : std::cout,
-                          .GivenUp = [&] { return interrupt.HasCome(); }};
-    if (options.Script != "-") return RunScriptFile(context, options.Script);
-    LineSource lines(loop);
-    RunScriptLines(context, "<stdin>", [&](bool) { return lines.Next(context.GivenUp); });
+                          .Out = terminal       ? terminal->Out()
+                                 : options.Json ? std::cerr
+                                                : std::cout,
+                          .GivenUp = givenUp};
+    try {
+        if (terminal) {
+            Prompt(context, *terminal, interrupt, options.Side);
+        } else {
+            Run(context, options.Script);
+        }
+    } catch (const Failure&) {
+        if (output->IsGood()) throw;
+    }
+    if (!output->IsGood()) throw Failure("cannot write to the standard output");
 }
 
 }  // namespace hexmire::program
