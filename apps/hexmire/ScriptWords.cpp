@@ -100,7 +100,9 @@ bool IsSameWord(std::string_view one, std::string_view other) {
 
 bool FitsPattern(std::string_view text, std::string_view pattern) {
     if (pattern.find_first_of("*?") != std::string_view::npos) return FitsWildcards(text, pattern);
-    return !std::ranges::search(text, pattern, IsSameLetter).empty() || pattern.empty();
+    return std::search(text.begin(), text.end(), pattern.begin(), pattern.end(), IsSameLetter) !=
+               text.end() ||
+           pattern.empty();
 }
 
 }  // namespace hexmire::program
