@@ -115,10 +115,10 @@ void SequenceDiagram::Write(std::ostream& out, const std::string& title) const {
 void SequenceDiagram::WriteHead(std::ostream& out, const std::string& title, int end) const {
     const int height = end + kBottom;
     out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-        << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << kWidth << "\" height=\""
-        << height << "\" viewBox=\"0 0 " << kWidth << ' ' << height << "\">\n<title>"
-        << XmlText(title) << "</title>\n<style>" << kStyle << "</style>\n<rect width=\"" << kWidth
-        << "\" height=\"" << height << "\" fill=\"#fff\"/>\n";
+        << "<svg xmlns='http://www.w3.org/2000/svg' width='" << kWidth << "' height='" << height
+        << "' viewBox='0 0 " << kWidth << ' ' << height << "'>\n<title>" << XmlText(title)
+        << "</title>\n<style>" << kStyle << "</style>\n<rect width=\"" << kWidth << "\" height=\""
+        << height << "\" fill=\"#fff\"/>\n";
     Text(out, kMargin, 30, "title", "start", title);
     std::string span = "no message";
     if (!rows_.empty()) {
