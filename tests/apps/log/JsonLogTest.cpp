@@ -93,10 +93,10 @@ TEST(JsonLog, message_is_written_at_a_pause_once_it_is_whole) {
     JsonLog json(out, {});
     LogReader reader(json);
     const std::string text = LogText().Message("Send", 0x81, 1, 1).Text();
-    fakes::Feed(reader, text.substr(0, text.size() - 6));
+    fakes::Feed(reader, text.substr(0, text.size() - 5));
     reader.Pause();
     EXPECT_EQ(out.str(), "");
-    fakes::Feed(reader, text.substr(text.size() - 6));
+    fakes::Feed(reader, text.substr(text.size() - 5));
     reader.Pause();
     EXPECT_EQ(out.str(), Json(text));
     static_cast<void>(reader.EndFile());

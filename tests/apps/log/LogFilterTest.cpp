@@ -73,6 +73,8 @@ TEST(LogFilter, times_are_from_the_first_to_the_last_hundredth) {
               log.Reply);
     EXPECT_EQ(Filtered(log.All, {.From = ParseFirst("2024-03-06")}), "");
     EXPECT_EQ(Filtered(log.All, {.To = ParseLast("2024-03-04")}), "");
+    EXPECT_EQ(Filtered(log.All, {.From = ParseFirst("14:00:03.00")}), log.Answer);
+    EXPECT_EQ(Filtered(log.All, {.To = ParseLast("14:00:00.00")}), log.Sent + log.Start);
 }
 
 TEST(LogFilter, every_condition_must_hold) {

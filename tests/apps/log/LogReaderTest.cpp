@@ -134,6 +134,19 @@ TEST(LogReader, send_from_within_a_send_comes_to_its_sml_first) {
     EXPECT_EQ(systemBytes, (std::vector<std::uint32_t>{10, 11, 11, 11, 10, 10, 10}));
 }
 
+TEST(LogReader, failed_send_within_a_send_leaves_the_sml_to_its_own_header) {
+    Found found;
+    static_cast<void>(ReadWhole(found,
+                                LogText()
+                                    .Header("Send", 0x81, 1, 10)
+                                    .Header("Send", 0x82, 17, 11)
+                                    .Sml("Send", "S1F1 W\r\n.")
+                                    .Text()));
+    EXPECT_EQ(found.Entries.back().Entry.Facts.SystemBytes, 10U);
+    ASSERT_EQ(found.Given.size(), 1U);
+    EXPECT_EQ(found.Given[0].Facts.SystemBytes, 11U);
+}
+
 TEST(LogReader, header_without_sml_is_told_as_unfinished) {
     Found found;
     static_cast<void>(ReadWhole(found,
@@ -168,6 +181,9 @@ TEST(LogReader, errors_are_stream_9_function_0_and_replies_that_nobody_waits_for
                                     .Message("Received", 7, 0, 2)
                                     .Timer("Cancel", "S1F2", 3, false)
                                     .Message("Received", 1, 2, 3)
+                                    .Timer("Cancel", "S1F2", 5, false)
+                                    .Timer("Start", "S2F17", 9, true)
+                                    .Message("Received", 1, 2, 5)
                                     .Timer("Cancel", "S1F2", 4, true)
                                     .Message("Received", 1, 2, 4)
                                     .Text()));
@@ -177,8 +193,8 @@ TEST(LogReader, errors_are_stream_9_function_0_and_replies_that_nobody_waits_for
         if (one.Entry.Error) errors.push_back(*one.Entry.Facts.SystemBytes);
         if (one.Entry.Unexpected) unexpected.push_back(*one.Entry.Facts.SystemBytes);
     }
-    EXPECT_EQ(errors, (std::vector<std::uint32_t>{1, 1, 1, 2, 2, 2, 3, 3, 3}));
-    EXPECT_EQ(unexpected, (std::vector<std::uint32_t>{3, 3, 3}));
+    EXPECT_EQ(errors, (std::vector<std::uint32_t>{1, 1, 1, 2, 2, 2, 3, 3, 3, 5, 5, 5}));
+    EXPECT_EQ(unexpected, (std::vector<std::uint32_t>{3, 3, 3, 5, 5, 5}));
 }
 
 TEST(LogReader, lines_that_belong_to_no_entry_are_broken) {
@@ -269,6 +285,16 @@ TEST(LogReader, end_of_a_second_that_is_rounded_to_its_beginning_is_reckoned_as_
         moments.push_back(one.Entry.Moment - found.Entries[0].Entry.Moment);
     EXPECT_EQ(moments, (std::vector<LogTime>{0, 1, 1, 1, 31}));
     EXPECT_EQ(found.Entries[1].Entry.Time - found.Entries[0].Entry.Time, -99);
+}
+
+TEST(LogReader, line_that_a_file_cuts_off_does_not_go_on_in_the_next) {
+    Found found;
+    LogReader reader(found, 64);
+    Feed(reader, LogText().Line(std::string(41, 'x')).Text().substr(0, 64));
+    EXPECT_TRUE(reader.EndFile().CutOff);
+    Feed(reader, LogText().Line("y").Text());
+    EXPECT_EQ(reader.EndFile().Entries, 1);
+    EXPECT_EQ(found.Entries.size(), 2U);
 }
 
 TEST(LogReader, next_file_begins_with_line_1_and_a_report_of_its_own) {

@@ -35,6 +35,7 @@ TEST(Pairing, reply_has_the_same_stream_and_system_bytes_and_the_next_function) 
         {LogText().Message("Received", 3, 18, 7).Text(), line},
         {LogText().Message("Reply", 2, 18, 7).Text(), line},
         {LogText().Message("Received", 0x82, 17, 7).Message("Reply", 2, 18, 7).Text(), line},
+        {LogText().Sml("Received", "S2F18\r\n.").Text(), line},
         {"", line},
     };
     for (const auto& one : kCases)
@@ -134,6 +135,13 @@ TEST(Pairing, failed_send_waits_for_nothing) {
     for (unsigned i = 2; i < 11; ++i)
         text.Header("Send", 1, 1, i);
     EXPECT_EQ(Unanswered(text.Text() + Later()), "");
+}
+
+TEST(Pairing, failed_send_does_not_take_another_primary_with_it) {
+    const std::string line = "2024/03/05 14:00:00.00 sent S1F1 W, system bytes 1: no reply\n";
+    EXPECT_EQ(Unanswered(LogText().Header("Send", 0x81, 1, 1).Message("Send", 0x81, 1, 1).Text() +
+                         Later()),
+              line + line);
 }
 
 TEST(Pairing, filter_holds_for_the_primary_alone) {

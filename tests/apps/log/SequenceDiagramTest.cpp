@@ -137,6 +137,9 @@ TEST(SequenceDiagram, reply_that_is_not_drawn_is_no_missing_reply) {
         LogText().Message("Send", 0x81, 1, 7).Message("Received", 1, 2, 7).Text(), {.Sent = true});
     EXPECT_EQ(Count(svg, "class=\"arrow"), 1U);
     EXPECT_THAT(svg, Not(HasSubstr("no reply")));
+    EXPECT_THAT(Picture(LogText().Message("Send", 0x81, 1, 7).Message("Received", 1, 0, 7).Text(),
+                        {.Sent = true}),
+                HasSubstr(">ended by S1F0<"));
 }
 
 TEST(SequenceDiagram, many_overlapping_brackets_stay_beside_the_lifeline) {
