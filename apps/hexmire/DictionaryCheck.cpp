@@ -26,7 +26,8 @@ struct MessageKey {
 
     [[nodiscard]] bool IsKnown() const { return Stream >= 0 && Function >= 0; }
     [[nodiscard]] std::string Text() const { return StreamFunction(Stream, Function); }
-    auto operator<=>(const MessageKey&) const = default;
+    // The check takes the comparison with 0 in what the compiler makes for a null pointer.
+    auto operator<=>(const MessageKey&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 class Checker {

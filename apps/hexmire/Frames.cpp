@@ -42,7 +42,7 @@ class Splitter {
 public:
     Splitter(Bytes bytes, const std::string& name) : bytes_(bytes), name_(name) {}
 
-    std::vector<Frame> Message() const {
+    [[nodiscard]] std::vector<Frame> Message() const {
         if (bytes_.size() < WireHeader::kSize)
             Fail(0, "a header has 10 bytes, " + std::to_string(bytes_.size()) + " are there");
         Frame frame{.Offset = 0, .Header = WireHeader::From(bytes_), .Body = {}};
@@ -53,7 +53,7 @@ public:
         return {frame};
     }
 
-    std::vector<Frame> Hsms() const {
+    [[nodiscard]] std::vector<Frame> Hsms() const {
         std::vector<Frame> frames;
         for (std::size_t offset = 0; offset < bytes_.size();) {
             const std::size_t left = bytes_.size() - offset;
@@ -76,7 +76,7 @@ public:
         return frames;
     }
 
-    std::vector<Frame> Blocks() const {
+    [[nodiscard]] std::vector<Frame> Blocks() const {
         std::vector<Frame> frames;
         unsigned next = 0;  // Number of the block that goes on with a message; 0: none does.
         for (std::size_t offset = 0; offset < bytes_.size();) {

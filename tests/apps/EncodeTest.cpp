@@ -1,5 +1,7 @@
 #include "../hosting/TempFolder.h"
+#include "Failure.h"
 #include "ProgramRun.h"
+#include "commands/EncodeCommand.h"
 #include <gtest/gtest.h>
 
 #include <string>
@@ -118,10 +120,23 @@ TEST(Encode, NothingIsWrittenWhenALaterMessageIsWrong) {
 }
 
 TEST(Encode, AnItemThatIsTooLongIsRefused) {
-    const ProgramRun run = Encode({"--latin1"}, "<A \"" + std::string(0x1000000, 'x') + "\">");
-    EXPECT_EQ(run.Status, 2);
-    EXPECT_EQ(run.Output, "");
-    EXPECT_EQ(run.Errors, "hexmire: an item of length 16777216: the longest is 16777215\n");
+    const SECSMessagePtr message = New<SECSMessage>();
+    const SECSItemPtr list = message->Root()->AddNew(1);
+    list->Format(FormatList);
+    list->AddNew(1)->Value("short");
+    const SECSItemPtr text = list->AddNew(2);
+    text->Format(FormatAscii);
+    text->Value(std::string(0xFFFFFF, 'x'));
+    static_cast<void>(EncodeBody(*message));
+    EXPECT_NO_THROW(program::CheckItemLengths(*message));
+    text->Value(std::string(0x1000000, 'x'));
+    static_cast<void>(EncodeBody(*message));
+    try {
+        program::CheckItemLengths(*message);
+        ADD_FAILURE() << "it was not refused";
+    } catch (const program::UsageError& error) {
+        EXPECT_STREQ(error.what(), "an item of length 16777216: the longest is 16777215");
+    }
 }
 
 TEST(Encode, HeadersOutOfRangeHaveStatus2) {

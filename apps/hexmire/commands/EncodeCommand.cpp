@@ -29,22 +29,6 @@ std::vector<ParsedSml> Parse(const EncodeOptions& options) {
     return messages;
 }
 
-/// An item's length has three bytes at most (SEMI E5, item header).
-void CheckLengths(const SECSMessage& message) {
-    constexpr std::int32_t kLongest = 0xFFFFFF;
-    std::vector<SECSItemPtr> open{message.Root()};
-    while (!open.empty()) {
-        const SECSItemPtr list = open.back();
-        open.pop_back();
-        for (const SECSItemPtr& item : *list) {
-            if (item->Length() > kLongest)
-                throw UsageError("an item of length " + std::to_string(item->Length()) +
-                                 ": the longest is 16777215");
-            if (item->ItemCount() > 0) open.push_back(item);
-        }
-    }
-}
-
 /// Headers of messages one behind the other: every primary has system bytes of its own, a reply
 /// those of the primary right in front of it.
 class Headers {
@@ -124,6 +108,21 @@ void AddEncodeOptions(CLI::App& command, EncodeOptions& options) {
     command.add_flag("--latin1", options.Latin1, "The SML is in ISO 8859-1, not in UTF-8");
 }
 
+void CheckItemLengths(const SECSMessage& message) {
+    constexpr std::int32_t kLongest = 0xFFFFFF;
+    std::vector<SECSItemPtr> open{message.Root()};
+    while (!open.empty()) {
+        const SECSItemPtr list = open.back();
+        open.pop_back();
+        for (const SECSItemPtr& item : *list) {
+            if (item->Length() > kLongest)
+                throw UsageError("an item of length " + std::to_string(item->Length()) +
+                                 ": the longest is 16777215");
+            if (item->ItemCount() > 0) open.push_back(item);
+        }
+    }
+}
+
 void RunEncode(const EncodeOptions& options) {
     const std::vector<ParsedSml> messages = Parse(options);
     const bool hasHeader = options.Header || options.Length;
@@ -136,7 +135,7 @@ void RunEncode(const EncodeOptions& options) {
     written.reserve(messages.size());
     for (const ParsedSml& parsed : messages) {
         Bytes body = EncodeBody(*parsed.Message);
-        CheckLengths(*parsed.Message);
+        CheckItemLengths(*parsed.Message);
         written.push_back(hasHeader ? WholeMessage(headers.For(parsed), body, options.Length)
                                     : std::move(body));
     }

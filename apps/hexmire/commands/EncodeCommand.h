@@ -1,5 +1,7 @@
 #pragma once
 
+#include <hexmire/hexmire.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -22,6 +24,10 @@ struct EncodeOptions {
 };
 
 void AddEncodeOptions(CLI::App& command, EncodeOptions& options);
+
+/// Throws UsageError when an item of an encoded message is longer than its three length bytes can
+/// say (SEMI E5, item header): the encoder keeps the low bits alone.
+void CheckItemLengths(const SECSMessage& message);
 
 /// Writes to the standard output. Throws Failure or UsageError.
 void RunEncode(const EncodeOptions& options);
