@@ -8,7 +8,7 @@ CHECK_FUZZ_SECONDS := 20
 .DEFAULT_GOAL := help
 .NOTPARALLEL:
 .PHONY: help setup demo test check check-format check-layers check-words check-dev check-clang \
-        check-network check-tidy check-fuzz bench fuzz coverage interop format clean
+        check-network check-tidy check-fuzz bench fuzz coverage interop man format clean
 
 help: ## List the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-14s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -90,6 +90,11 @@ interop: ## Run the program against an independent HSMS peer; have tshark read i
 	@cmake --build --preset release -j $(JOBS) --target hexmire
 	python3 tests/interop/run.py build/release/apps/hexmire/hexmire
 	python3 tests/interop/capture.py build/release/apps/hexmire/hexmire
+
+man: setup ## Write the manual page from what the program says
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS) --target hexmire
+	scripts/make-man build/release/apps/hexmire/hexmire
 
 format: ## Rewrite every C++ file as .clang-format says
 	@scripts/setup check

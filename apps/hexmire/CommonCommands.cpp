@@ -52,7 +52,12 @@ ParsedSml SmlOf(const CommandText& text, std::string_view name) {
 }
 
 void Send(ScriptContext& context, const SECSTransPtr& trans, const std::string& what) {
-    if (trans == nullptr || !context.Side.Send(trans))
+    const std::uint64_t before = context.Side.Errors();
+    bool isSent = trans != nullptr && context.Side.Send(trans);
+    // Without a connection the link refuses the message a little later.
+    if (isSent && !context.Side.IsConnected())
+        isSent = !context.WaitFor([&] { return context.Side.Errors() != before; }, 1s);
+    if (!isSent)
         throw Failure("cannot send " + what + ": " + Utf8FromLatin1(context.Side.LastError()));
 }
 
@@ -61,6 +66,16 @@ SECSTransPtr CopyOfTemplate(ScriptContext& context, const std::string& name) {
     const SECSTransPtr trans = context.Side.Control().NewSECSTransaction(Latin1FromUtf8(name));
     if (trans != nullptr) PrepareSending(*trans);
     return trans;
+}
+
+/// That of the first template with this stream and function; "" when there is none.
+std::string NameOf(ScriptContext& context, const SECSMessage& primary) {
+    for (const SECSTransPtr& trans : *context.Side.Control().SECSDictionary()) {
+        const SECSMessage& message = *trans->Primary();
+        if (message.Stream() == primary.Stream() && message.Func() == primary.Func())
+            return trans->Name();
+    }
+    return {};
 }
 
 Action ReadSend(const CommandText& text) {
@@ -72,9 +87,11 @@ Action ReadSend(const CommandText& text) {
     return [sml = SmlOf(text, "send")](ScriptContext& context) {
         const SECSTransPtr trans = context.Side.Control().NewSECSTransaction();
         CopyMessage(*sml.Message, *trans->Primary());
+        // What a reply is known by.
         trans->Secondary()->Stream(sml.Message->Stream());
+        if (sml.Message->Func() < 255) trans->Secondary()->Func(sml.Message->Func() + 1);
         trans->ReplyExpected(sml.ReplyExpected);
-        trans->Name(sml.Name);
+        trans->Name(sml.Name.empty() ? NameOf(context, *sml.Message) : sml.Name);
         Send(context, trans, StreamFunction(sml.Message->Stream(), sml.Message->Func()));
     };
 }

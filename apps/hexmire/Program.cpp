@@ -42,7 +42,8 @@ void AddPeer(CLI::App& program,
 
 int Run(int argc, const char* const* argv) {
     CLI::App program("SECS-II messages between a factory host and its equipment", "hexmire");
-    program.set_version_flag("--version", std::string("hexmire ") + HEXMIRE_VERSION);
+    program.set_version_flag(
+        "--version", std::string("hexmire ") + HEXMIRE_VERSION, "Print the version");
     program.set_help_flag("-h,--help", "Print this help");
     program.require_subcommand(1);
 

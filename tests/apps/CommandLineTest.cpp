@@ -132,6 +132,49 @@ TEST(CommandLine, what_cannot_be_done_ends_with_status_1_and_one_line) {
     ExpectFailure(with({"--dictionary", folder / "missing.xml"}), 1, "no such dictionary file");
 }
 
+TEST(CommandLine, script_tells_what_is_wrong_in_one_line) {
+    const TempFolder folder;
+    const struct {
+        const char* Script;
+        int Status;
+        const char* Reason;
+    } kCases[] = {
+        {"# x\nfetch S1F1\n", 2, "s:2: unknown command 'fetch' (see help)"},
+        {"quit\nwait\n", 2, "s:2: expected 'wait SECONDS'"},  // all is read before quit is done
+        {"send\nS1F3 W\n<L\n  <U1 256>\n>.\n", 2, "s:4:7: expected a whole number from 0 to 255"},
+        {"send S1F3 W <L\n", 2, "found the end of the text"},
+        {"set T9Timeout 1\n", 2, "s:1: unknown property 'T9Timeout'"},
+        {"set T3Timeout 0\n", 1, "s:1: cannot set T3Timeout to 0: 1051 "},
+        {"send S99F99\n", 1, "s:1: cannot send S99F99: 1025 "},
+        {"show S99F99\n", 1, "s:1: no template 'S99F99'"},
+        {"list S99*\n", 1, "s:1: no template fits 'S99*'"},
+        {"reply S1F2 .\n", 1, "s:1: no received primary waits for S1F2"},
+        {"reply S99F99\n", 1, "s:1: cannot reply S99F99: 1025 "},
+        {"expect S1F1 0\n", 1, "s:1: S1F1 did not come"},
+        {"send S1F1\n", 1, "s:1: cannot send S1F1: 3040 "},
+        {"connect 0\n", 1, "s:1: no connection"},
+        {"help fetch\n", 1, "s:1: no command 'fetch'"},
+    };
+    for (const auto& one : kCases) {
+        SCOPED_TRACE(one.Script);
+        const std::string script = folder.Write("s", one.Script);
+        ExpectFailure({"host", "--remote", "127.0.0.1:1", "--no-log", "--json", "--script", script},
+                      one.Status,
+                      one.Reason);
+    }
+}
+
+TEST(CommandLine, dictionary_that_cannot_be_read_is_told) {
+    const TempFolder folder;
+    for (const char* text : {"", "no XML", "<D><Trans></D>"}) {
+        SCOPED_TRACE(text);
+        const std::string bad = folder.Write("bad.xml", text);
+        ExpectFailure({"equipment", "--local", "127.0.0.1:1", "--no-log", "--dictionary", bad},
+                      1,
+                      "cannot read the dictionary " + bad);
+    }
+}
+
 TEST(CommandLine, help_is_there_for_every_command) {
     const struct {
         Words Line;

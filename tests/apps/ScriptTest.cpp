@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <sstream>
@@ -166,6 +168,19 @@ TEST(Script, table_has_each_command_and_each_property_once_with_a_help) {
     for (const ControlProperty& property : ControlProperties()) {
         EXPECT_TRUE(names.insert(property.Name).second) << property.Name;
         EXPECT_NE(property.Values, "");
+    }
+}
+
+TEST(Script, commands_are_those_of_the_page_about_them) {
+    std::ifstream file(std::string(HEXMIRE_SOURCE_DIR) + "/docs/program-sessions.md");
+    const std::string page(std::istreambuf_iterator<char>(file), {});
+    const ScriptCommands commands = CommonCommands();
+    for (const ScriptCommand& command : commands.All()) {
+        std::string row = command.Name;
+        if (!command.Arguments.empty()) row += ' ' + command.Arguments;
+        if (const std::size_t bar = row.find('|'); bar != std::string::npos)
+            row.insert(bar, 1, '\\');
+        EXPECT_THAT(page, HasSubstr("\n| `" + row + "` | "));
     }
 }
 
