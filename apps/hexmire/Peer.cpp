@@ -3,6 +3,7 @@
 #include "Failure.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace hexmire::program {
 
@@ -12,10 +13,22 @@ namespace {
 
 constexpr std::size_t kKept = 10'000;
 
+Platform Adapted(Platform platform, const std::function<void(Platform&)>& adapt) {
+    adapt(platform);
+    return platform;
+}
+
 }  // namespace
 
 Peer::Peer(EventLoop& loop, EventOutput& output, const LinkOptions& options, Role role)
-    : loop_(loop), output_(output), control_(loop.Platform(PlatformFor(options))) {
+    : Peer(loop, output, options, role, [](Platform&) {}) {}
+
+Peer::Peer(EventLoop& loop,
+           EventOutput& output,
+           const LinkOptions& options,
+           Role role,
+           const std::function<void(Platform&)>& adapt)
+    : loop_(loop), output_(output), control_(Adapted(loop.Platform(PlatformFor(options)), adapt)) {
     TakeEvents();
     Configure(control_, options, role);
 }
@@ -25,12 +38,17 @@ void Peer::TakeEvents() {
     events.Connect = [this] {
         connected_ = true;
         output_.Connect();
+        if (OnConnect) OnConnect();
     };
     events.Disconnect = [this](std::int32_t code, const std::string& text) {
         connected_ = false;
         waiting_.clear();
         output_.Disconnect(code, text);
         if (OnDisconnect) OnDisconnect(code);
+        if (reopening_)
+            loop_.Post([this] {
+                if (std::exchange(reopening_, false)) StartOpening();
+            });
     };
     events.Error = [this](std::int32_t code, const std::string& text, std::int32_t line) {
         ++errors_;
@@ -57,6 +75,12 @@ void Peer::LoadDictionary(const std::string& path) {
     control_.LoadXMLDictionary();
     if (errors_ != before && control_.ErrorCode() == kNotParsed)
         throw Failure("cannot read the dictionary " + path);
+}
+
+void Peer::Reopen() {
+    if (!control_.PortOpened()) return;
+    reopening_ = connected_;
+    control_.ClosePort();
 }
 
 void Peer::StartOpening() {

@@ -21,6 +21,12 @@ class Peer {
 public:
     /// The loop and the output outlive the peer.
     Peer(EventLoop& loop, EventOutput& output, const LinkOptions& options, Role role);
+    /// The same in surroundings that `adapt` has changed.
+    Peer(EventLoop& loop,
+         EventOutput& output,
+         const LinkOptions& options,
+         Role role,
+         const std::function<void(Platform& platform)>& adapt);
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
 
@@ -45,6 +51,11 @@ public:
     /// Closes the port, if it is open, and waits a few seconds at most for the end of the link, so
     /// that the other side gets its Separate.
     void Close();
+
+    /// Closes the port and opens it again as soon as the link has ended; does not wait.
+    void Reopen();
+    /// Between these two.
+    [[nodiscard]] bool IsReopening() const noexcept { return reopening_; }
 
     /// Opens the port, unless it is open, and does not wait.
     void StartOpening();
@@ -72,6 +83,7 @@ public:
 
     // Called after the event was shown; each may be empty. OnPrimary is not called for a primary
     // that is held.
+    std::function<void()> OnConnect;
     std::function<void(const SECSTransPtr& trans)> OnPrimary;
     std::function<void(const SECSTransPtr& trans)> OnSecondary;
     std::function<void(std::int32_t code, const std::string& text)> OnError;
@@ -98,6 +110,7 @@ private:
     std::string lastError_;
     std::uint64_t errors_ = 0;
     bool connected_ = false;
+    bool reopening_ = false;
 };
 
 }  // namespace hexmire::program

@@ -47,6 +47,8 @@ void DropExamples(const SECSMessage& message) {
     }
 }
 
+bool HoldsValues(const SECSMessage& message) { return IsFilled(message.Root()); }
+
 void PrepareSending(SECSTrans& trans) {
     if (!HasReply(trans)) trans.ReplyExpected(false);
     DropExamples(*trans.Primary());

@@ -12,6 +12,9 @@ namespace hexmire::program {
 /// number of") unless a value stands somewhere in it.
 void DropExamples(const SECSMessage& message);
 
+/// True when an item of the message has a value.
+[[nodiscard]] bool HoldsValues(const SECSMessage& message);
+
 /// Makes the working copy of a template ready for its way out: without the W-bit when nobody
 /// answers, and without examples in the primary.
 void PrepareSending(SECSTrans& trans);

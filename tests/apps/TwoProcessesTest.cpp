@@ -92,13 +92,15 @@ TEST_F(TwoProcesses, exchange_messages_as_their_scripts_say) {
 
 TEST_F(TwoProcesses, templates_go_out_without_examples_and_without_a_w_bit_that_nobody_answers) {
     ChildProcess equipment(HEXMIRE_PROGRAM,
-                           Equipment(Script("connect\nexpect S1F3\nsend S9F13\nwait 5\n")));
-    ChildProcess host(HEXMIRE_PROGRAM,
-                      Host(Script("connect\nsend S1F3\nexpect S1F4\nexpect S9F13\n")));
+                           Equipment(Script("connect\nexpect S2F43\nsend S9F13\nwait 5\n")));
+    ChildProcess host(
+        HEXMIRE_PROGRAM,
+        Host(Script("connect\nsend S1F3\nexpect S1F4\nsend S2F43\nexpect S2F44\nexpect S9F13\n")));
     EXPECT_EQ(host.Wait(), 0) << host.Errors();
     EXPECT_EQ(Find(host.Output(), "sent", 1, 3)->at("body_hex"), "01 00");
     EXPECT_EQ(Find(host.Output(), "sent", 1, 3)->at("reply_expected"), true);
-    EXPECT_EQ(Find(host.Output(), "received-secondary", 1, 4)->at("body_hex"), "01 00");
+    EXPECT_EQ(Find(host.Output(), "received-secondary", 2, 44)->at("body_hex"),
+              "01 02 21 00 01 00");
     const auto timeout = Find(host.Output(), "received-primary", 9, 13);
     ASSERT_TRUE(timeout.has_value());
     EXPECT_EQ(timeout->at("reply_expected"), false);

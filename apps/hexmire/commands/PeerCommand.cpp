@@ -3,7 +3,6 @@
 #include <hexmire/hosting/Utf8.h>
 
 #include "DictionaryFile.h"
-#include "EquipmentRole.h"
 #include "Failure.h"
 #include "Interrupt.h"
 #include "JsonEvents.h"
@@ -13,6 +12,8 @@
 #include "ScriptRunner.h"
 #include "SmlPrinter.h"
 #include "Terminal.h"
+#include "equipment/EquipmentOptions.h"
+#include "equipment/OperatorCommands.h"
 #include <CLI/CLI.hpp>
 
 #include <csignal>
@@ -46,7 +47,10 @@ std::string ScriptHelp() {
 
 /// Keeps the port open until a signal comes.
 void Serve(ScriptContext& context) {
-    const auto ended = [&] { return !context.Side.Control().PortOpened() || context.GivenUp(); };
+    const auto ended = [&] {
+        const bool isOpen = context.Side.Control().PortOpened() || context.Side.IsReopening();
+        return !isOpen || context.GivenUp();
+    };
     constexpr auto kForever = std::chrono::nanoseconds::max();
     if (context.Side.Open(context.GivenUp, kForever)) context.Loop.RunUntil(ended, kForever);
     if (!context.GivenUp())
@@ -70,12 +74,18 @@ void Prompt(ScriptContext& context, Terminal& terminal, Interrupt& interrupt, Ro
     RunPrompt(context, terminal, interrupt, side == Role::Host ? "host> " : "equipment> ");
 }
 
+EquipmentRole::Options SimulationOf(const PeerOptions& options) {
+    if (options.Side != Role::Equipment) return {};
+    return SimulationOf(options.Equipment);
+}
+
 }  // namespace
 
 void AddPeerOptions(CLI::App& command, PeerOptions& options) {
     AddLinkOptions(command, options.Link);
     command.add_option("--script", options.Script, ScriptHelp())->type_name("FILE");
     command.add_flag("--json", options.Json, "Write one JSON object a line for every event");
+    if (options.Side == Role::Equipment) AddEquipmentOptions(command, options.Equipment);
 }
 
 void RunPeer(const PeerOptions& options) {
@@ -91,11 +101,17 @@ void RunPeer(const PeerOptions& options) {
     if (isPrompt) terminal.emplace(loop);
     const std::unique_ptr<EventOutput> output =
         OutputFor(options, terminal ? terminal->Out() : std::cout);
-    Peer peer(loop, *output, options.Link, options.Side);
+    EquipmentRole::Options simulated = SimulationOf(options);
+    Peer peer(loop, *output, options.Link, options.Side, [&](Platform& platform) {
+        AddTruncation(platform, simulated.Truncate);
+    });
     peer.LoadDictionary(FindDictionary(options.Link.Dictionary));
     std::optional<EquipmentRole> equipment;
-    if (options.Side == Role::Equipment) equipment.emplace(peer);
-    const ScriptCommands commands = CommonCommands();
+    ScriptCommands commands = CommonCommands();
+    if (options.Side == Role::Equipment) {
+        equipment.emplace(loop, peer, std::move(simulated));
+        AddOperatorCommands(commands, *equipment);
+    }
 
     struct CloseAtTheEnd {
         Peer& Side;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LinkOptions.h"
+#include "equipment/EquipmentOptions.h"
 
 #include <string>
 
@@ -16,6 +17,7 @@ struct PeerOptions {
     LinkOptions Link{};
     std::string Script{};  ///< "": none; "-": the standard input
     bool Json = false;
+    EquipmentOptions Equipment{};  ///< of an equipment only
 };
 
 void AddPeerOptions(CLI::App& command, PeerOptions& options);

@@ -1,0 +1,190 @@
+#include "equipment/JsonPlace.h"
+
+#include <hexmire/hosting/Utf8.h>
+
+#include "Failure.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace hexmire::program {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
+
+/// Range of an integer format; U8 goes up to what a JSON integer of 64 bits with sign can say.
+struct Range {
+    std::int64_t Least;
+    std::int64_t Largest;
+};
+Range RangeOf(std::int32_t format) {
+    constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
+    switch (format) {
+        case FormatI1:
+            return {-128, 127};
+        case FormatI2:
+            return {-32768, 32767};
+        case FormatI4:
+            return {-2147483648LL, 2147483647};
+        case FormatI8:
+            return {kLeast, kLargest};
+        case FormatBinary:
+        case FormatU1:
+            return {0, 255};
+        case FormatU2:
+            return {0, 65535};
+        case FormatU4:
+            return {0, 4294967295LL};
+        default:
+            return {0, kLargest};
+    }
+}
+
+}  // namespace
+
+void JsonPlace::Refuse(const std::string& reason) const {
+    throw UsageError(place_ + (place_.ends_with(": ") ? "" : ": ") + reason);
+}
+
+void JsonPlace::Members(std::initializer_list<const char*> names) const {
+    if (!value_.is_object()) Refuse("expected an object");
+    for (const auto& member : value_.items()) {
+        if (std::ranges::none_of(names, [&](const char* name) { return member.key() == name; }))
+            Refuse("unknown member \"" + member.key() + '"');
+    }
+}
+
+JsonPlace JsonPlace::At(const std::string& member) const {
+    const auto found = Find(member);
+    if (!found) Refuse("\"" + member + "\" is missing");
+    return *found;
+}
+
+std::optional<JsonPlace> JsonPlace::Find(const std::string& member) const {
+    const auto found = value_.find(member);
+    if (found == value_.end()) return std::nullopt;
+    const bool isTop = place_.ends_with(": ");
+    return JsonPlace(*found, place_ + (isTop ? "" : ".") + member);
+}
+
+std::vector<JsonPlace> JsonPlace::ElementsOf(const std::string& member) const {
+    const auto found = Find(member);
+    return found ? found->Elements() : std::vector<JsonPlace>();
+}
+
+std::vector<JsonPlace> JsonPlace::Elements() const {
+    if (!value_.is_array()) Refuse("expected an array");
+    std::vector<JsonPlace> elements;
+    elements.reserve(value_.size());
+    for (std::size_t i = 0; i < value_.size(); ++i)
+        elements.emplace_back(value_[i], place_ + '[' + std::to_string(i) + ']');
+    return elements;
+}
+
+std::string JsonPlace::Text() const {
+    if (!value_.is_string()) Refuse("expected a text");
+    return Latin1FromUtf8(value_.get<std::string>());
+}
+
+bool JsonPlace::Truth() const {
+    if (!value_.is_boolean()) Refuse("expected true or false");
+    return value_.get<bool>();
+}
+
+std::int64_t JsonPlace::Whole(std::int64_t least, std::int64_t largest) const {
+    const bool tooLarge = value_.is_number_unsigned() &&
+                          value_.get<std::uint64_t>() >
+                              static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+    const bool isWhole = value_.is_number_integer() && !tooLarge;
+    const std::int64_t number = isWhole ? value_.get<std::int64_t>() : 0;
+    if (!isWhole || number < least || number > largest)
+        Refuse("expected a whole number from " + std::to_string(least) + " to " +
+               std::to_string(largest));
+    return number;
+}
+
+Datum JsonPlace::Identifier() const {
+    if (value_.is_string()) {
+        const std::string text = Text();
+        if (text.empty()) Refuse("an identifier has no characters");
+        return Ascii(text);
+    }
+    if (!value_.is_number_integer()) Refuse("expected a number or a text");
+    return Unsigned4(static_cast<std::uint32_t>(Whole(0, 4294967295LL)));
+}
+
+std::int32_t JsonPlace::Format() const {
+    const auto format = FormatNamed(Text());
+    if (!format) Refuse("expected one of L B BOOLEAN A I1 I2 I4 I8 U1 U2 U4 U8 F4 F8");
+    return *format;
+}
+
+Datum JsonPlace::Value(std::int32_t format) const {
+    if (format == FormatAscii) return Ascii(Text());
+    if (format == FormatList) {
+        std::vector<Datum> items;
+        for (const JsonPlace& element : Elements()) {
+            element.Members({"format", "value"});
+            items.push_back(element.At("value").Value(element.At("format").Format()));
+        }
+        return List(std::move(items));
+    }
+    const std::vector<JsonPlace> elements =
+        value_.is_array() ? Elements() : std::vector<JsonPlace>{*this};
+    if (elements.empty()) return {.Format = format};
+    // What decoding makes of several values; a single one stands for itself.
+    const auto make = [&]<class T>(T, auto read) {
+        std::vector<T> values;
+        values.reserve(elements.size());
+        for (const JsonPlace& element : elements)
+            values.push_back(read(element));
+        if (values.size() == 1) return Datum{.Format = format, .Value = Variant(T(values[0]))};
+        return Datum{.Format = format, .Value = Variant(std::move(values))};
+    };
+    const auto number = [](const JsonPlace& place) {
+        if (!place.value_.is_number()) place.Refuse("expected a number");
+        return place.value_.get<double>();
+    };
+    const Range range = RangeOf(format);
+    const auto whole = [range](const JsonPlace& place) {
+        return place.Whole(range.Least, range.Largest);
+    };
+    switch (format) {
+        case FormatBoolean:
+            return make(bool{}, [](const JsonPlace& place) { return place.Truth(); });
+        case FormatBinary:
+            return make(std::uint8_t{}, [&](const JsonPlace& place) {
+                return static_cast<std::uint8_t>(whole(place));
+            });
+        case FormatF4:
+            return make(float{},
+                        [&](const JsonPlace& place) { return static_cast<float>(number(place)); });
+        case FormatF8:
+            return make(double{}, number);
+        case FormatI8:
+        case FormatU4:
+        case FormatU8:
+            return make(Decimal(),
+                        [&](const JsonPlace& place) { return Decimal::FromInt64(whole(place)); });
+        default:
+            return make(std::int32_t{}, [&](const JsonPlace& place) {
+                return static_cast<std::int32_t>(whole(place));
+            });
+    }
+}
+
+std::string JsonPlace::TextOf(const std::string& member) const {
+    const auto found = Find(member);
+    return found ? found->Text() : "";
+}
+
+bool JsonPlace::TruthOf(const std::string& member, bool otherwise) const {
+    const auto found = Find(member);
+    return found ? found->Truth() : otherwise;
+}
+
+}  // namespace hexmire::program

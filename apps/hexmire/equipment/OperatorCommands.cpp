@@ -1,0 +1,162 @@
+#include "equipment/OperatorCommands.h"
+
+#include <hexmire/hosting/Utf8.h>
+
+#include "ScriptWords.h"
+#include "SmlMessage.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace hexmire::program {
+
+namespace {
+
+/// What stands behind the first word.
+std::string_view BehindFirstWord(const CommandText& text) {
+    const char* begin = text.Words[1].data();
+    return {begin, text.Rest.data() + text.Rest.size()};
+}
+
+bool OnOrOff(std::string_view word, std::string_view on, std::string_view off) {
+    if (word != on && word != off) throw UsageOfCommand();
+    return word == on;
+}
+
+class OperatorCommands : public std::enable_shared_from_this<OperatorCommands> {
+public:
+    explicit OperatorCommands(EquipmentRole& role) : role_(role) {}
+
+    void AddTo(ScriptCommands& commands) {
+        const auto add = [&](const char* name, std::string arguments, const char* help, auto read) {
+            commands.Add({.Name = name,
+                          .Arguments = std::move(arguments),
+                          .Help = help,
+                          .Completes = Completion::Nothing,
+                          .Read = [self = shared_from_this(), read](const CommandText& text) {
+                              return (*self.*read)(text);
+                          }});
+        };
+        using Self = OperatorCommands;
+        add("event", "CEID", "Let an event happen: S6F11 if it is enabled", &Self::Event);
+        add("alarm",
+            "ALID set|clear",
+            "Set or clear an alarm: S5F1 if it is enabled",
+            &Self::Alarm);
+        add("variable", "ID VALUE", "Give a variable or constant a value", &Self::Variable);
+        add("terminal", "TEXT", "Send a text of the operator, S10F1", &Self::Terminal);
+        add("online", "", "Go online", &Self::Online);
+        add("offline", "", "Go offline; no host brings it back", &Self::Offline);
+        add("busy", "on|off", "Refuse commands, new constants and recipes", &Self::Busy);
+        add("misbehave",
+            "SxFy KIND [TIMES|always]",
+            "Answer a primary wrongly: late SECONDS, silent, wrong-function, wrong-system-bytes, "
+            "truncated, duplicate, disconnect",
+            &Self::Misbehave);
+        add("behave", "", "Answer everything right again", &Self::Behave);
+    }
+
+private:
+    /// The action, and what it made the equipment send.
+    template <class F>
+    Action Do(F action) {
+        return [&role = role_, action = std::move(action)](ScriptContext&) {
+            action(role.Simulated());
+            role.Flush();
+        };
+    }
+
+    Action Event(const CommandText& text) {
+        CheckWordCount(text, 1, 1);
+        return Do([id = Latin1FromUtf8(text.Words[0])](Equipment& equipment) {
+            if (equipment.FindEvent(id) == nullptr) throw Failure("no event has the id " + id);
+            equipment.Fire(id);
+        });
+    }
+
+    Action Alarm(const CommandText& text) {
+        CheckWordCount(text, 2, 2);
+        const bool set = OnOrOff(text.Words[1], "set", "clear");
+        return Do([id = Latin1FromUtf8(text.Words[0]), set](Equipment& equipment) {
+            program::Alarm* alarm = equipment.FindAlarm(id);
+            if (alarm == nullptr) throw Failure("no alarm has the id " + id);
+            equipment.SetAlarm(*alarm, set);
+        });
+    }
+
+    Action Variable(const CommandText& text) {
+        if (text.Words.size() < 2) throw UsageOfCommand();
+        const std::string value(BehindFirstWord(text));
+        return Do([id = Latin1FromUtf8(text.Words[0]), value](Equipment& equipment) {
+            if (!equipment.HasVariable(id)) throw Failure("no variable has the id " + id);
+            try {
+                const Datum datum = ValueFromText(equipment.ValueOf(id).Format, value);
+                if (!equipment.SetValue(id, datum))
+                    throw Failure("variable " + id + " is made by the equipment");
+            } catch (const BadCommand& bad) {
+                throw Failure(bad.what());
+            }
+        });
+    }
+
+    Action Terminal(const CommandText& text) {
+        if (text.Words.empty()) throw UsageOfCommand();
+        return Do([line = Latin1FromUtf8(text.Rest)](Equipment& equipment) {
+            constexpr std::uint8_t kMainTerminal = 0;
+            equipment.Send(10, 1, List({Binary(kMainTerminal), Ascii(line)}));
+        });
+    }
+
+    Action Online(const CommandText& text) {
+        CheckWordCount(text, 0, 0);
+        return Do([](Equipment& equipment) { equipment.State(ControlState::Online); });
+    }
+
+    Action Offline(const CommandText& text) {
+        CheckWordCount(text, 0, 0);
+        return Do([](Equipment& equipment) { equipment.State(ControlState::EquipmentOffline); });
+    }
+
+    Action Busy(const CommandText& text) {
+        CheckWordCount(text, 1, 1);
+        const bool busy = OnOrOff(text.Words[0], "on", "off");
+        return Do([busy](Equipment& equipment) { equipment.Busy = busy; });
+    }
+
+    Action Misbehave(const CommandText& text) {
+        return [&role = role_, planned = ReadMisbehaviour(text.Words)](ScriptContext&) {
+            role.Planned().Plan(planned);
+        };
+    }
+
+    Action Behave(const CommandText& text) {
+        CheckWordCount(text, 0, 0);
+        return [&role = role_](ScriptContext&) { role.Planned().Clear(); };
+    }
+
+    EquipmentRole& role_;
+};
+
+}  // namespace
+
+void AddOperatorCommands(ScriptCommands& commands, EquipmentRole& equipment) {
+    const auto all = std::make_shared<OperatorCommands>(equipment);
+    all->AddTo(commands);
+}
+
+Datum ValueFromText(std::int32_t format, std::string_view text) {
+    const bool isSml = text.starts_with('<');
+    if (!isSml && format == FormatAscii) return Ascii(Latin1FromUtf8(text));
+    const std::string item =
+        isSml ? std::string(text) : "<" + NameOf(format) + ' ' + std::string(text) + ">";
+    const ParsedSml parsed = ParseSml("S1F1 " + item + ".");
+    if (!parsed.Error.empty())
+        throw BadCommand("'" + std::string(text) + "' is no value of format " + NameOf(format));
+    const auto body = BodyOf(*parsed.Message);
+    if (!body || (!isSml && body->Format != format))
+        throw BadCommand("'" + std::string(text) + "' is no value of format " + NameOf(format));
+    return *body;
+}
+
+}  // namespace hexmire::program
