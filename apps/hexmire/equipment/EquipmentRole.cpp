@@ -34,9 +34,8 @@ EquipmentRole::EquipmentRole(EventLoop& loop, Peer& peer, Options options)
 }
 
 void EquipmentRole::Flush() {
-    for (const OutgoingPrimary& primary : equipment_.TakeOutgoing()) {
-        if (peer_.IsConnected()) Send(primary.Stream, primary.Function, primary.Body, true);
-    }
+    for (const OutgoingPrimary& primary : equipment_.TakeOutgoing())
+        Send(primary.Stream, primary.Function, primary.Body, true);
 }
 
 void EquipmentRole::TakePrimary(const SECSTransPtr& trans) {
@@ -119,6 +118,7 @@ void EquipmentRole::Send(std::int32_t stream,
                          std::int32_t function,
                          const Datum& body,
                          bool replyExpected) {
+    if (!peer_.IsConnected()) return;  // A reply may be missed when its link is gone.
     const SECSTransPtr trans = peer_.Control().NewSECSTransaction();
     trans->Name(StreamFunction(stream, function));
     trans->ReplyExpected(replyExpected);

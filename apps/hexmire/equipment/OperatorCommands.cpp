@@ -51,8 +51,7 @@ public:
         add("busy", "on|off", "Refuse commands, new constants and recipes", &Self::Busy);
         add("misbehave",
             "SxFy KIND [TIMES|always]",
-            "Answer a primary wrongly: late SECONDS, silent, wrong-function, wrong-system-bytes, "
-            "truncated, duplicate, disconnect",
+            "Answer a primary wrongly: silent, late SECONDS, truncated ...",
             &Self::Misbehave);
         add("behave", "", "Answer everything right again", &Self::Behave);
     }

@@ -185,6 +185,18 @@ TEST_F(EquipmentOnALink, AnEquipmentWhoseEventNobodyAcknowledgesTellsSo) {
     EXPECT_THAT(equipment_.Lines, testing::Contains("error 2012"));
 }
 
+TEST_F(EquipmentOnALink, NothingIsSentWithoutAConnection) {
+    Start();
+    role_.Simulated().FindEvent("3020")->Enabled = true;
+    EXPECT_EQ(Do("event 3020"), "");
+    EXPECT_THAT(SeenUntil("S6F11"), ElementsAre("S6F11"));
+    hostSide_.Close();
+    const auto timedOut = [&] { return std::ranges::count(equipment_.Lines, "error 2012") == 1; };
+    EXPECT_TRUE(loop_.RunUntil(timedOut, 20s));
+    EXPECT_EQ(Do("event 3020"), "");
+    EXPECT_THAT(equipment_.Lines, ElementsAre("connect", "disconnect 3035", "error 2012"));
+}
+
 TEST_F(EquipmentOnALink, AnOperatorLetsThingsHappen) {
     Start();
     role_.Simulated().FindEvent("3020")->Enabled = true;
