@@ -63,7 +63,7 @@ void Send(ScriptContext& context, const SECSTransPtr& trans, const std::string& 
 
 /// A new transaction with the template's name; its errors are the control's.
 SECSTransPtr CopyOfTemplate(ScriptContext& context, const std::string& name) {
-    const SECSTransPtr trans = context.Side.Control().NewSECSTransaction(Latin1FromUtf8(name));
+    SECSTransPtr trans = context.Side.Control().NewSECSTransaction(Latin1FromUtf8(name));
     if (trans != nullptr) PrepareSending(*trans);
     return trans;
 }

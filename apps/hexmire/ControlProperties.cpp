@@ -40,12 +40,12 @@ void ReadValue(const std::string& text, Number& value) {
 }
 
 template <class Value, class Argument>
-ControlProperty Property(std::string name,
-                         std::string values,
+ControlProperty Property(const std::string& name,
+                         const std::string& values,
                          Value (Hexmire::*get)() const,
                          void (Hexmire::*set)(Argument)) {
-    return {.Name = std::move(name),
-            .Values = std::move(values),
+    return {.Name = name,
+            .Values = values,
             .Get = [get](Hexmire& control) { return TextOf((control.*get)()); },
             .Read = [set](const std::string& text) -> std::function<void(Hexmire&)> {
                 Value value{};
@@ -54,29 +54,31 @@ ControlProperty Property(std::string name,
             }};
 }
 
-ControlProperty Number(std::string name,
-                       std::string values,
+ControlProperty Number(const std::string& name,
+                       const std::string& values,
                        std::int32_t (Hexmire::*get)() const,
                        void (Hexmire::*set)(std::int32_t)) {
-    return Property(std::move(name), std::move(values), get, set);
+    return Property(name, values, get, set);
 }
 
-ControlProperty Fraction(std::string name,
-                         std::string values,
+ControlProperty Fraction(const std::string& name,
+                         const std::string& values,
                          float (Hexmire::*get)() const,
                          void (Hexmire::*set)(float)) {
-    return Property(std::move(name), std::move(values), get, set);
+    return Property(name, values, get, set);
 }
 
-ControlProperty Flag(std::string name, bool (Hexmire::*get)() const, void (Hexmire::*set)(bool)) {
-    return Property(std::move(name), "True, False", get, set);
+ControlProperty Flag(const std::string& name,
+                     bool (Hexmire::*get)() const,
+                     void (Hexmire::*set)(bool)) {
+    return Property(name, "True, False", get, set);
 }
 
-ControlProperty Text(std::string name,
-                     std::string values,
+ControlProperty Text(const std::string& name,
+                     const std::string& values,
                      std::string (Hexmire::*get)() const,
                      void (Hexmire::*set)(const std::string&)) {
-    return Property(std::move(name), std::move(values), get, set);
+    return Property(name, values, get, set);
 }
 
 /// A number that is written as one of some names; the number itself is taken as well.
@@ -85,7 +87,7 @@ ControlProperty Code(ControlProperty number, const Names& names) {
     for (const auto& [name, code] : names)
         number.Values += (number.Values.empty() ? "" : ", ") + name;
     number.Get = [get = number.Get, names](Hexmire& control) {
-        const std::string text = get(control);
+        std::string text = get(control);
         for (const auto& [name, code] : names) {
             if (std::to_string(code) == text) return name;
         }

@@ -145,14 +145,14 @@ SECSTransPtr Peer::TakeWaiting(std::int32_t stream, std::int32_t function) {
         return primary.Stream() == stream && (function == 0 || function == primary.Func() + 1);
     });
     if (found == waiting_.end()) return nullptr;
-    const SECSTransPtr trans = *found;
+    SECSTransPtr trans = *found;
     waiting_.erase(found);
     return trans;
 }
 
 SECSTransPtr Peer::TakeWaiting() {
     if (waiting_.empty()) return nullptr;
-    const SECSTransPtr trans = waiting_.front();
+    SECSTransPtr trans = waiting_.front();
     waiting_.pop_front();
     return trans;
 }

@@ -44,7 +44,7 @@ std::size_t Columns() {
 
 /// In columns as the terminal is wide, the first one downwards first.
 std::string InColumns(const std::vector<std::string>& words) {
-    std::size_t widest = 0;
+    std::size_t widest = 1;
     for (const std::string& word : words)
         widest = std::max(widest, word.size() + 2);
     const std::size_t across = std::max<std::size_t>(1, Columns() / widest);
