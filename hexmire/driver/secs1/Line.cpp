@@ -189,7 +189,8 @@ Line::Next Line::Idle(Line& line, std::uint8_t byte) {
 }
 
 Line::Next Line::AwaitEot(Line& line, std::uint8_t byte) {
-    if (byte == kEot) {
+    // Before our ENQ has gone out, nothing can be its answer.
+    if (byte == kEot && !line.awaits_) {
         line.discardRest_ = true;
         return &kTxAck;
     }

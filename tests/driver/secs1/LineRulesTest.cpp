@@ -270,6 +270,14 @@ TEST(Secs1Segments, NothingThatCameBeforeTheBlockAnswersIt) {
     EXPECT_EQ(rig.Statistics().LineNoise, 4U) << "three behind the EOT, one late ACK";
 }
 
+TEST(Secs1Segments, NothingThatCameBeforeTheEnqAnswersIt) {
+    ConnectedRig rig(Secs1Rig::Settings());
+    rig.Do(kSend);
+    ExpectSteps(
+        rig,
+        {{"rx EOT", kBlock}, {"rx NAK, EOT", "tx ENQ"}, {"rx EOT", kBlock}, {"rx ACK", kSent}});
+}
+
 TEST(Secs1Segments, GarbageDoesNotExtendTheWaitForEot) {
     ConnectedRig rig(Secs1Rig::Settings());
     rig.Do(kSend);
