@@ -90,7 +90,11 @@ void FileWorker::Shared::TellDone() {
             if (Loop == nullptr || Finished.empty()) return;
             told.splice(told.end(), Finished, Finished.begin());
         }
-        told.front().Done(told.front().Failure);
+        try {
+            told.front().Done(told.front().Failure);
+        } catch (...) {
+            // No memory to tell of it; what is behind it is told all the same.
+        }
     }
 }
 

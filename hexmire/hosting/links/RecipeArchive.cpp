@@ -16,6 +16,14 @@ std::string_view TextOf(std::span<const std::uint8_t> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
+/// What a recipe that waits takes, however short it is.
+std::size_t SizeOf(const std::string& folder,
+                   const std::string& name,
+                   std::span<const std::uint8_t> body) {
+    constexpr std::size_t kBesides = 512;
+    return body.size() + 2 * (folder.size() + name.size()) + kBesides;
+}
+
 }  // namespace
 
 RecipeArchive::RecipeArchive(FileWorker& worker,
@@ -49,7 +57,7 @@ void RecipeArchive::Take(TraceDirection direction,
     if (folder.empty()) {
         return Fail(name + ": no folder is set in Recipe" + (isSent ? "Send" : "Recv") + "Path");
     }
-    if (waiting_ + recipe->Body.size() > kMostWaiting) {
+    if (waiting_ + SizeOf(folder, name, recipe->Body) > kMostWaiting) {
         return Fail(PathIn(folder, name) + ": too much waits for the disk");
     }
     Store(folder, std::move(name), recipe->Body);
@@ -59,7 +67,7 @@ void RecipeArchive::Store(const std::string& folder,
                           std::string name,
                           std::span<const std::uint8_t> body) {
     const std::string path = PathIn(folder, name);
-    const std::size_t size = body.size();
+    const std::size_t size = SizeOf(folder, name, body);
     waiting_ += size;
     try {
         worker_.Post(

@@ -18,7 +18,8 @@ namespace hexmire::link {
 namespace {
 
 /// More than this many unsent bytes are part of a block, which is worth nothing without its rest.
-constexpr int kWorthSending = 16;
+/// Closing waits for those that are sent.
+constexpr int kWorthSending = 2;
 
 /// Waiting does not bring what is missing here: there is no such device, or it is no serial port.
 bool IsHopeless(int number) {
@@ -114,9 +115,15 @@ std::unique_ptr<SerialStream> SerialStream::Open(asio::io_context& loop,
     if (!SetUp(port.Get(), baudRate)) return failed(LinkError::SerialSetupFailed);
     SetComforts(port.Get());
     (void)::tcflush(port.Get(), TCIOFLUSH);
-    std::unique_ptr<SerialStream> stream(new SerialStream(loop, port.Get()));
-    (void)port.Release();
-    stream->port_.non_blocking(true);
+    std::unique_ptr<SerialStream> stream(new SerialStream(loop));
+    asio::error_code error;
+    stream->port_.assign(port.Get(), error);
+    if (!error) (void)port.Release();
+    if (!error) stream->port_.non_blocking(true, error);
+    if (error) {
+        errno = error.value();
+        return failed(LinkError::SerialOpenFailed);
+    }
     return stream;
 }
 

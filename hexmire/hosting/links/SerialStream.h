@@ -37,7 +37,7 @@ public:
     void Drain(asio::mutable_buffer) noexcept override {}
 
 private:
-    SerialStream(asio::io_context& loop, int descriptor) : port_(loop, descriptor) {}
+    explicit SerialStream(asio::io_context& loop) : port_(loop) {}
 
     asio::posix::stream_descriptor port_;
 };

@@ -72,7 +72,8 @@ void TransportDriver::Shell::AcceptNext() {
         if (generation != self->listenGeneration_) return;
         self->Turn([&](link::TimePoint now) {
             if (!error) {
-                self->OfferCaller(std::move(socket));
+                // A caller that cannot be dealt with does not keep others away.
+                self->Guard([&] { self->OfferCaller(std::move(socket)); });
             } else if (error != asio::error::connection_aborted) {
                 return self->machine_->OnAcceptFailed(link::FailureOf(error), now);
             }
@@ -124,6 +125,7 @@ void TransportDriver::Shell::Do(const link::StopListening&) {
 
 void TransportDriver::Shell::Do(const link::Connect& action) {
     records_.OnAttempt(settings_);
+    lastOwn_ = {};
     const std::uint64_t generation = ++generation_;
     const auto toRemote = [this, generation, action] {
         Resolve(remoteResolver_,

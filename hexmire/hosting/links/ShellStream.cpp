@@ -104,7 +104,11 @@ void TransportDriver::Shell::WriteOutput(link::TimePoint now) {
         PerformActions();
         if (error && !IsNotReady(error)) {
             // What the peer said before it went away tells more than the failure of our write.
-            if (ReadInput(now) == 0 && stream_) LoseStream(error, now);
+            // It may also have called us meanwhile: then there is another connection already.
+            const std::uint64_t generation = generation_;
+            if (ReadInput(now) == 0 && stream_ && generation == generation_) {
+                LoseStream(error, now);
+            }
             return;
         }
         if (written < offered) WaitForRoom();

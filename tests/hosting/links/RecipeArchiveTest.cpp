@@ -247,6 +247,31 @@ TEST(RecipeArchive, WhatWaitsForASlowDiskIsBounded) {
     EXPECT_EQ(statistics.RecipesNotStored, 1U);
 }
 
+TEST(RecipeArchive, RecipesWithoutContentCountTooWhileTheyWait) {
+    LinkRig rig;
+    const auto held = std::make_shared<HeldFiles>();
+    held->Hold();
+    LinkStatistics statistics;
+    std::uint64_t refused = 0;
+    link::FileWorker worker(rig.Loop);
+    link::RecipeArchive archive(
+        worker, {.Files = held, .Now = nullptr}, statistics, [&](const std::string&) {
+            ++refused;
+        });
+    LinkSettings settings;
+    settings.RecipeFileEnabled = true;
+    settings.RecipeRecvPath = "/in";
+    archive.Configure(settings);
+    const ByteVector body = Bytes("0102 410150 2100");  // L,2 {A "P", B[0]}
+    const HeaderArray header{0, 5, 7, 3};
+    constexpr std::uint64_t kMoreThanFit = 64 * 1024 * 1024 / 512;
+    for (std::uint64_t count = 0; count < kMoreThanFit; ++count)
+        archive.Take(link::TraceDirection::Received, header, body);
+    EXPECT_GT(refused, 0U);
+    held->Release();
+    EXPECT_TRUE(rig.RunUntil([&] { return statistics.RecipesStored == kMoreThanFit - refused; }));
+}
+
 TEST_F(RecipeArchiveTest, WhatWaitsIsStoredWhenTheDriverIsDestroyed) {
     Connect();
     for (int count = 0; count < 20; ++count)
