@@ -32,6 +32,10 @@ std::optional<system_clock::time_point> TimeFromClockText(std::string_view text)
     const bool isLong = text.size() == kLong;
     int year = take(isLong ? 4 : 2);
     if (!isLong) year += year < 70 ? 2000 : 1900;
+    // What the system's clock counts since 1970, in nanoseconds, ends in 2262.
+    constexpr int kFirstYear = 1970;
+    constexpr int kLastYear = 2200;
+    if (year < kFirstYear || year > kLastYear) return std::nullopt;
     std::tm parts{};
     parts.tm_year = year - 1900;
     parts.tm_mon = take(2) - 1;
@@ -46,7 +50,9 @@ std::optional<system_clock::time_point> TimeFromClockText(std::string_view text)
                              std::chrono::day(static_cast<unsigned>(parts.tm_mday))};
     if (!day.ok() || parts.tm_hour > 23 || parts.tm_min > 59 || parts.tm_sec > 59)
         return std::nullopt;
-    return system_clock::from_time_t(std::mktime(&parts)) + rest;
+    const std::time_t second = std::mktime(&parts);
+    if (second == -1) return std::nullopt;  // The seconds may have 32 bits: until 2038.
+    return system_clock::from_time_t(second) + rest;
 }
 
 }  // namespace hexmire::program

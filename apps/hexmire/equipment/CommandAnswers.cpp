@@ -1,4 +1,5 @@
 #include "equipment/Answers.h"
+#include "equipment/ConstantValue.h"
 
 #include <algorithm>
 #include <utility>
@@ -18,7 +19,9 @@ Datum Refused(std::uint8_t reason, Datum parameters = List()) {
 }
 
 /// CPACK of one parameter; 0 when there is nothing against it.
-std::uint8_t CheckParameter(const CommandParameter* known, const Datum& value) {
+std::uint8_t CheckParameter(Equipment& equipment,
+                            const CommandParameter* known,
+                            const Datum& value) {
     constexpr std::uint8_t kUnknownName = 1;
     constexpr std::uint8_t kIllegalValue = 2;
     constexpr std::uint8_t kIllegalFormat = 3;
@@ -26,7 +29,9 @@ std::uint8_t CheckParameter(const CommandParameter* known, const Datum& value) {
     if (value.Format != known->Format) return kIllegalFormat;
     const bool isAllowed =
         known->Values.empty() || std::ranges::find(known->Values, value) != known->Values.end();
-    return isAllowed ? 0 : kIllegalValue;
+    const Constant* constant = equipment.FindConstant(known->Variable);
+    const bool canBeTaken = constant == nullptr || ValueFor(*constant, value).has_value();
+    return isAllowed && canBeTaken ? 0 : kIllegalValue;
 }
 
 }  // namespace
@@ -55,7 +60,7 @@ Datum HostCommand(Equipment& equipment, const Datum& body) {
         const auto known =
             std::ranges::find(command->Parameters, KeyOf(parameter), &CommandParameter::Name);
         const CommandParameter* found = known == command->Parameters.end() ? nullptr : &*known;
-        if (const std::uint8_t reason = CheckParameter(found, *value); reason != 0) {
+        if (const std::uint8_t reason = CheckParameter(equipment, found, *value); reason != 0) {
             wrong.Items.push_back(List({parameter, Binary(reason)}));
         } else if (!found->Variable.empty()) {
             values.emplace_back(found->Variable, *value);

@@ -1,8 +1,10 @@
 #include "equipment/Equipment.h"
 
 #include "equipment/ClockText.h"
+#include "equipment/ConstantValue.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace hexmire::program {
 
@@ -106,8 +108,10 @@ bool Equipment::SetValue(std::string_view key, const Datum& value) {
         return true;
     }
     Constant* constant = FindConstant(key);
-    if (constant == nullptr) return false;
-    constant->Value = value;
+    auto fitting = constant == nullptr ? std::nullopt : ValueFor(*constant, value);
+    if (!fitting) return false;
+    constant->Value = *std::move(fitting);
+    Fire(model_.OwnEvents.ConstantChanged);
     return true;
 }
 

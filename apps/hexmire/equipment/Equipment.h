@@ -62,7 +62,8 @@ public:
     /// key.
     [[nodiscard]] Datum ValueOf(std::string_view key);
     [[nodiscard]] Datum ValueOf(const Variable& variable) const;
-    /// Sets a kept variable or data value, or a constant; false when there is none of that key.
+    /// Sets a kept variable or data value, or a constant, whose change is an event; false when
+    /// there is none of that key and for a value that the constant cannot take.
     bool SetValue(std::string_view key, const Datum& value);
 
     std::vector<ReportDefinition> Reports{};

@@ -56,5 +56,22 @@ TEST_F(CommandAnswers, WrongParametersAreListedWithTheirReasonsAndNothingHappens
     EXPECT_EQ(Sent(), Messages({}));
 }
 
+TEST_F(CommandAnswers, AConstantTakesOnlyAParameterThatItCouldHold) {
+    equipment_.FindEvent("3004")->Enabled = true;
+    equipment_.Model().Commands.push_back(
+        {.Name = "LIMIT",
+         .Parameters = {{.Name = "SECONDS", .Format = FormatU4, .Variable = "2001"},
+                        {.Name = "TEXT", .Format = FormatAscii, .Variable = "2001"}}});
+    Expect({{"S2F41 W <L <A 'LIMIT'> <L <L <A 'SECONDS'> <U4 241>>>>",
+             "<L <B 0x03> <L <L <A 'SECONDS'> <B 0x02>>>>"},
+            {"S2F41 W <L <A 'LIMIT'> <L <L <A 'TEXT'> <A '7'>>>>",
+             "<L <B 0x03> <L <L <A 'TEXT'> <B 0x02>>>>"},
+            {"S2F13 W <L <U4 2001>>", "<L <U2 10>>"}});
+    EXPECT_EQ(Sent(), Messages({}));
+    Expect({{"S2F41 W <L <A 'LIMIT'> <L <L <A 'SECONDS'> <U4 20>>>>", "<L <B 0x00> <L>>"},
+            {"S2F13 W <L <U4 2001>>", "<L <U2 20>>"}});
+    EXPECT_EQ(Sent(), Messages({{"S6F11", "<L <U4 1> <U4 3004> <L>>"}}));
+}
+
 }  // namespace
 }  // namespace hexmire::program

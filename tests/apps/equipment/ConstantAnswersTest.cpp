@@ -61,12 +61,50 @@ TEST_F(ConstantAnswers, AChangeIsOneEvent) {
     EXPECT_EQ(Sent(), Messages({{"S6F11", "<L <U4 1> <U4 3004> <L>>"}}));
 }
 
+TEST_F(ConstantAnswers, NumbersOfEightBytesKeepAllTheirDigits) {
+    const Datum zero{.Format = FormatU8, .Value = Decimal()};
+    const Datum bound{.Format = FormatU8, .Value = Decimal::FromUInt64(1ULL << 53U)};
+    equipment_.Model().Constants = {
+        {.Id = Unsigned4(1), .Default = zero, .Value = zero},
+        {.Id = Unsigned4(2), .Default = {.Format = FormatI8, .Value = Decimal()}},
+        {.Id = Unsigned4(3), .Maximum = bound, .Default = zero, .Value = zero},
+        {.Id = Unsigned4(4), .Minimum = bound, .Default = bound, .Value = bound}};
+    Expect({{"S2F15 W <L <L <U4 1> <F8 18446744073709551616>>>", "<B 0x03>"},
+            {"S2F15 W <L <L <U4 1> <I8 -1>>>", "<B 0x03>"},
+            {"S2F15 W <L <L <U4 1> <F8 1E300>>>", "<B 0x03>"},
+            {"S2F13 W <L <U4 1>>", "<L <U8 0>>"},
+            {"S2F15 W <L <L <U4 1> <U8 18446744073709551615>>>", "<B 0x00>"},
+            {"S2F13 W <L <U4 1>>", "<L <U8 18446744073709551615>>"},
+            {"S2F15 W <L <L <U4 2> <F8 9223372036854775808>>>", "<B 0x03>"},
+            {"S2F15 W <L <L <U4 2> <U8 9223372036854775808>>>", "<B 0x03>"},
+            {"S2F15 W <L <L <U4 2> <I8 9223372036854775807>>>", "<B 0x00>"},
+            {"S2F13 W <L <U4 2>>", "<L <I8 9223372036854775807>>"},
+            {"S2F15 W <L <L <U4 2> <F8 -9223372036854775808>>>", "<B 0x00>"},
+            {"S2F13 W <L <U4 2>>", "<L <I8 -9223372036854775808>>"},
+            {"S2F15 W <L <L <U4 3> <U8 9007199254740993>>>", "<B 0x03>"},
+            {"S2F15 W <L <L <U4 3> <U8 9007199254740992>>>", "<B 0x00>"},
+            {"S2F15 W <L <L <U4 4> <U8 9007199254740991>>>", "<B 0x03>"},
+            {"S2F15 W <L <L <U4 4> <U8 9007199254740993>>>", "<B 0x00>"}});
+}
+
+TEST_F(ConstantAnswers, TheOperatorHasTheSameLimitsAndMakesTheSameEvent) {
+    equipment_.FindEvent("3004")->Enabled = true;
+    for (const Datum& wrong : {Unsigned4(241), Ascii("7"), List()})
+        EXPECT_FALSE(equipment_.SetValue("2001", wrong));
+    EXPECT_EQ(Sent(), Messages({}));
+    EXPECT_TRUE(equipment_.SetValue("2001", Unsigned4(20)));
+    Expect({{"S2F13 W <L <U4 2001>>", "<L <U2 20>>"}});
+    EXPECT_EQ(Sent(), Messages({{"S6F11", "<L <U4 1> <U4 3004> <L>>"}}));
+}
+
 TEST_F(ConstantAnswers, TheClockIsSetAndGoesOn) {
     Expect({{"S2F17 W", "<A '2026030514070925'>"},
             {"S2F31 W <A '2031123123595999'>", "<B 0x00>"},
             {"S2F17 W", "<A '2031123123595999'>"},
             {"S2F31 W <A '700102030405'>", "<B 0x00>"},
             {"S2F17 W", "<A '1970010203040500'>"},
+            {"S2F31 W <A '2200123123595999'>", "<B 0x00>"},
+            {"S2F17 W", "<A '2200123123595999'>"},
             {"S2F31 W <A '690102030405'>", "<B 0x00>"},
             {"S2F17 W", "<A '2069010203040500'>"}});
     for (const char* text : {"",
@@ -77,6 +115,10 @@ TEST_F(ConstantAnswers, TheClockIsSetAndGoesOn) {
                              "2026030514600900",
                              "2026030514076000",
                              "20260305140709x5",
+                             "0001010100000000",
+                             "1969123123595900",
+                             "2201010100000000",
+                             "9999123123595900",
                              "20260305140709251"})
         Expect({{("S2F31 W <A '" + std::string(text) + "'>").c_str(), "<B 0x01>"}});
     Expect({{"S2F17 W", "<A '2069010203040500'>"}, {"S2F31 W <L>", "malformed"}});
