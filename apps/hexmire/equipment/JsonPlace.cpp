@@ -1,8 +1,7 @@
 #include "equipment/JsonPlace.h"
 
-#include <hexmire/hosting/Utf8.h>
-
 #include "Failure.h"
+#include "equipment/CheckedLatin1.h"
 
 #include <algorithm>
 #include <cmath>
@@ -87,7 +86,9 @@ std::vector<JsonPlace> JsonPlace::Elements() const {
 
 std::string JsonPlace::Text() const {
     if (!value_.is_string()) Refuse("expected a text");
-    return Latin1FromUtf8(value_.get<std::string>());
+    auto latin1 = CheckedLatin1(value_.get<std::string>());
+    if (!latin1) Refuse("expected characters of ISO 8859-1");
+    return *std::move(latin1);
 }
 
 bool JsonPlace::Truth() const {
@@ -161,8 +162,12 @@ Datum JsonPlace::Value(std::int32_t format) const {
                 return static_cast<std::uint8_t>(whole(place));
             });
         case FormatF4:
-            return make(float{},
-                        [&](const JsonPlace& place) { return static_cast<float>(number(place)); });
+            return make(float{}, [&](const JsonPlace& place) {
+                const double wide = number(place);
+                if (std::abs(wide) > std::numeric_limits<float>::max())
+                    place.Refuse("the number is too large for F4");
+                return static_cast<float>(wide);
+            });
         case FormatF8:
             return make(double{}, number);
         case FormatI8:

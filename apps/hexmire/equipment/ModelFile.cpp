@@ -1,6 +1,7 @@
 #include "equipment/ModelFile.h"
 
 #include "Failure.h"
+#include "equipment/ConstantValue.h"
 #include "equipment/JsonPlace.h"
 
 #include <algorithm>
@@ -133,17 +134,23 @@ private:
             const auto found = place.Find(member);
             if (!found) return std::nullopt;
             if (!isNumber) found->Refuse("only numbers have limits");
-            return found->Value(format);
+            Datum limit = found->Value(format);
+            if (!NumberOf(limit)) found->Refuse("expected one number");
+            return limit;
         };
         constant.Minimum = bound("min");
         constant.Maximum = bound("max");
         const auto value = place.Find("value");
         constant.Value = value ? value->Value(format) : constant.Default;
-        const auto number = NumberOf(constant.Value);
-        if (number && ((constant.Minimum && *number < *NumberOf(*constant.Minimum)) ||
-                       (constant.Maximum && *number > *NumberOf(*constant.Maximum))))
-            place.At(value ? "value" : "default").Refuse("outside of min and max");
+        CheckLimits(constant, constant.Default, place.At("default"));
+        if (value) CheckLimits(constant, constant.Value, *value);
         return constant;
+    }
+
+    static void CheckLimits(const Constant& constant, const Datum& value, const JsonPlace& place) {
+        if (!constant.Minimum && !constant.Maximum) return;
+        if (!NumberOf(value)) place.Refuse("expected one number");
+        if (!ValueFor(constant, value)) place.Refuse("outside of min and max");
     }
 
     CollectionEvent ReadEvent(const JsonPlace& place) {
@@ -256,7 +263,7 @@ EquipmentModel ReadModel(std::string_view json, const std::string& name) {
     nlohmann::ordered_json parsed;
     try {
         parsed = nlohmann::ordered_json::parse(json);
-    } catch (const nlohmann::json::parse_error& error) {
+    } catch (const nlohmann::json::exception& error) {
         // "[json.exception.parse_error.101] parse error at line 3, column 5: ..."
         std::string reason = error.what();
         if (const std::size_t end = reason.find("] "); end != std::string::npos)
