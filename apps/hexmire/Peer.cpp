@@ -98,17 +98,19 @@ bool Peer::Open(const std::function<bool()>& givenUp, std::chrono::nanoseconds t
 
 bool Peer::Send(const SECSTransPtr& trans) {
     const std::uint64_t before = errors_;
+    const bool goesOut = CanSend();
     trans->Send();
     if (errors_ != before) return false;
-    output_.Message(SentPrimary(*trans));
+    if (goesOut) output_.Message(SentPrimary(*trans));
     return true;
 }
 
 bool Peer::Reply(const SECSTransPtr& trans) {
     const std::uint64_t before = errors_;
+    const bool goesOut = CanSend();
     trans->Reply();
     if (errors_ != before) return false;
-    output_.Message(SentSecondary(*trans));
+    if (goesOut) output_.Message(SentSecondary(*trans));
     return true;
 }
 

@@ -38,13 +38,16 @@ public:
     /// Between the control's Connect and Disconnect.
     [[nodiscard]] bool IsConnected() const noexcept { return connected_; }
 
+    /// True while messages can go out: connected, and the port was not closed meanwhile.
+    [[nodiscard]] bool CanSend() { return connected_ && control_.PortOpened(); }
+
     /// Opens the port unless it is open, and waits for the connection. False when the time has
     /// passed, the port has closed again, or `givenUp` holds; LastError then tells why, if there
     /// was an error.
     bool Open(const std::function<bool()>& givenUp, std::chrono::nanoseconds timeout);
 
     /// Sends the primary, or the secondary as a reply, and shows it. False when an error was raised
-    /// meanwhile: then it is not shown as sent.
+    /// meanwhile: then it is not shown as sent, and neither is one that cannot go out.
     bool Send(const SECSTransPtr& trans);
     bool Reply(const SECSTransPtr& trans);
 

@@ -1,5 +1,6 @@
 #include "equipment/EquipmentRole.h"
 
+#include "BodyCheck.h"
 #include "Template.h"
 
 #include <algorithm>
@@ -11,6 +12,13 @@ namespace hexmire::program {
 namespace {
 
 constexpr std::int32_t kErrorStream = 9;
+
+/// What the control makes of a body that is cut off, or wrong in another way, is not what the host
+/// has meant.
+bool IsWhole(const SECSMessage& message) {
+    const Variant body = message.Raw();
+    return !body.IsArray() || CheckBody(body.View<std::uint8_t>()).empty();
+}
 
 }  // namespace
 
@@ -33,9 +41,11 @@ EquipmentRole::EquipmentRole(EventLoop& loop, Peer& peer, Options options)
     };
 }
 
-void EquipmentRole::Flush() {
+bool EquipmentRole::Flush() {
+    bool isGood = true;
     for (const OutgoingPrimary& primary : equipment_.TakeOutgoing())
-        Send(primary.Stream, primary.Function, primary.Body, true);
+        isGood = Send(primary.Stream, primary.Function, primary.Body, true) && isGood;
+    return isGood;
 }
 
 void EquipmentRole::TakePrimary(const SECSTransPtr& trans) {
@@ -47,15 +57,17 @@ void EquipmentRole::Answer(const SECSTransPtr& trans) {
     using enum EquipmentAnswer::Kind;
     const std::int32_t stream = trans->Primary()->Stream();
     const std::int32_t function = trans->Primary()->Func();
+    if (stream == kErrorStream) return;  // An error report is not answered.
     const bool isKnown = Knows(stream, function);
-    if (stream == kErrorStream && !isKnown) return;  // An error report is not answered by another.
     const bool isOnline = equipment_.State() == ControlState::Online;
     if (!isKnown && isOnline) return SendError(Knows(stream) ? 5 : 3, HeaderOfPrimary(*trans));
+
+    if (isOnline && !IsWhole(*trans->Primary())) return SendError(7, HeaderOfPrimary(*trans));
 
     const EquipmentAnswer answer =
         AnswerTo(equipment_, stream, function, BodyOf(*trans->Primary()));
     if (answer.What == Malformed) return SendError(7, HeaderOfPrimary(*trans));
-    if (!trans->ReplyExpected()) return;
+    if (!trans->ReplyExpected() || (answer.What == Unknown && !HasReply(*trans))) return;
     SECSMessage& secondary = *trans->Secondary();
     if (answer.What == Abort) {
         secondary.Stream(stream);
@@ -114,11 +126,12 @@ void EquipmentRole::ReplyAsAnother(const SECSTransPtr& trans) {
     peer_.Send(other);
 }
 
-void EquipmentRole::Send(std::int32_t stream,
+bool EquipmentRole::Send(std::int32_t stream,
                          std::int32_t function,
                          const Datum& body,
                          bool replyExpected) {
-    if (!peer_.IsConnected()) return;  // A reply may be missed when its link is gone.
+    if (!HasHost()) return true;  // A reply may be missed when its link is gone.
+    const std::uint64_t before = peer_.Errors();
     const SECSTransPtr trans = peer_.Control().NewSECSTransaction();
     trans->Name(StreamFunction(stream, function));
     trans->ReplyExpected(replyExpected);
@@ -127,7 +140,7 @@ void EquipmentRole::Send(std::int32_t stream,
     trans->Secondary()->Stream(stream);
     trans->Secondary()->Func(function + 1);
     SetBody(*trans->Primary(), body);
-    peer_.Send(trans);
+    return peer_.Errors() == before && peer_.Send(trans);
 }
 
 void EquipmentRole::SendError(std::int32_t function, std::span<const std::uint8_t> header) {

@@ -37,15 +37,19 @@ public:
     [[nodiscard]] Equipment& Simulated() noexcept { return equipment_; }
     [[nodiscard]] Misbehaviours& Planned() noexcept { return planned_; }
 
-    /// Sends what the equipment has to send. While there is no connection it is lost.
-    void Flush();
+    /// What is sent goes to a host: there is a connection, and the port is open.
+    [[nodiscard]] bool HasHost() const { return peer_.CanSend(); }
+
+    /// Sends what the equipment has to send; false when an error was raised meanwhile. While there
+    /// is no connection it is lost.
+    bool Flush();
 
 private:
     void TakePrimary(const SECSTransPtr& trans);
     void Answer(const SECSTransPtr& trans);
     void Reply(const SECSTransPtr& trans, std::int32_t stream, std::int32_t function);
     void ReplyAsAnother(const SECSTransPtr& trans);
-    void Send(std::int32_t stream, std::int32_t function, const Datum& body, bool replyExpected);
+    bool Send(std::int32_t stream, std::int32_t function, const Datum& body, bool replyExpected);
     void SendError(std::int32_t function, std::span<const std::uint8_t> header);
     [[nodiscard]] HeaderFacts OwnHeader();
     [[nodiscard]] HeaderBytes HeaderOfPrimary(const SECSTrans& trans);

@@ -81,11 +81,16 @@ std::optional<ErrorMessage> ErrorMessageFor(std::int32_t code,
     constexpr std::int32_t kForeignDevice = 3020;
     constexpr std::int32_t kMessageTooLong = 3029;
     constexpr std::int32_t kFrameTooLong = 3038;
+    constexpr std::int32_t kRefusedBody = 3090;
     ErrorMessage message;
     std::optional<HeaderBytes> header;
     switch (code) {
         case kForeignDevice:
             message.Function = 1;
+            header = HeaderIn(text);
+            break;
+        case kRefusedBody:
+            message.Function = 7;
             header = HeaderIn(text);
             break;
         case kReplyTimeOut:

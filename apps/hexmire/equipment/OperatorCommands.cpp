@@ -4,6 +4,7 @@
 
 #include "ScriptWords.h"
 #include "SmlMessage.h"
+#include "equipment/CheckedLatin1.h"
 
 #include <memory>
 #include <string>
@@ -17,6 +18,13 @@ namespace {
 std::string_view BehindFirstWord(const CommandText& text) {
     const char* begin = text.Words[1].data();
     return {begin, text.Rest.data() + text.Rest.size()};
+}
+
+/// Outside of ISO 8859-1 nothing can be sent.
+std::string Latin1Of(std::string_view utf8) {
+    auto latin1 = CheckedLatin1(utf8);
+    if (!latin1) throw BadCommand("expected characters of ISO 8859-1");
+    return *std::move(latin1);
 }
 
 bool OnOrOff(std::string_view word, std::string_view on, std::string_view off) {
@@ -60,15 +68,16 @@ private:
     /// The action, and what it made the equipment send.
     template <class F>
     Action Do(F action) {
-        return [&role = role_, action = std::move(action)](ScriptContext&) {
+        return [&role = role_, action = std::move(action)](const ScriptContext& context) {
             action(role.Simulated());
-            role.Flush();
+            if (!role.Flush())
+                throw Failure("cannot send: " + Utf8FromLatin1(context.Side.LastError()));
         };
     }
 
     Action Event(const CommandText& text) {
         CheckWordCount(text, 1, 1);
-        return Do([id = Latin1FromUtf8(text.Words[0])](Equipment& equipment) {
+        return Do([id = Latin1Of(text.Words[0])](Equipment& equipment) {
             if (equipment.FindEvent(id) == nullptr) throw Failure("no event has the id " + id);
             equipment.Fire(id);
         });
@@ -77,7 +86,7 @@ private:
     Action Alarm(const CommandText& text) {
         CheckWordCount(text, 2, 2);
         const bool set = OnOrOff(text.Words[1], "set", "clear");
-        return Do([id = Latin1FromUtf8(text.Words[0]), set](Equipment& equipment) {
+        return Do([id = Latin1Of(text.Words[0]), set](Equipment& equipment) {
             program::Alarm* alarm = equipment.FindAlarm(id);
             if (alarm == nullptr) throw Failure("no alarm has the id " + id);
             equipment.SetAlarm(*alarm, set);
@@ -87,12 +96,14 @@ private:
     Action Variable(const CommandText& text) {
         if (text.Words.size() < 2) throw UsageOfCommand();
         const std::string value(BehindFirstWord(text));
-        return Do([id = Latin1FromUtf8(text.Words[0]), value](Equipment& equipment) {
+        return Do([id = Latin1Of(text.Words[0]), value](Equipment& equipment) {
             if (!equipment.HasVariable(id)) throw Failure("no variable has the id " + id);
             try {
                 const Datum datum = ValueFromText(equipment.ValueOf(id).Format, value);
-                if (!equipment.SetValue(id, datum))
+                if (equipment.SetValue(id, datum)) return;
+                if (equipment.FindConstant(id) == nullptr)
                     throw Failure("variable " + id + " is made by the equipment");
+                throw Failure('\'' + value + "' is no value of constant " + id);
             } catch (const BadCommand& bad) {
                 throw Failure(bad.what());
             }
@@ -101,8 +112,11 @@ private:
 
     Action Terminal(const CommandText& text) {
         if (text.Words.empty()) throw UsageOfCommand();
-        return Do([line = Latin1FromUtf8(text.Rest)](Equipment& equipment) {
+        return Do([&role = role_, line = Latin1Of(text.Rest)](Equipment& equipment) {
             constexpr std::uint8_t kMainTerminal = 0;
+            if (equipment.State() != ControlState::Online)
+                throw Failure("cannot send: the equipment is offline");
+            if (!role.HasHost()) throw Failure("cannot send: no connection");
             equipment.Send(10, 1, List({Binary(kMainTerminal), Ascii(line)}));
         });
     }
@@ -146,9 +160,9 @@ void AddOperatorCommands(ScriptCommands& commands, EquipmentRole& equipment) {
 
 Datum ValueFromText(std::int32_t format, std::string_view text) {
     const bool isSml = text.starts_with('<');
-    if (!isSml && format == FormatAscii) return Ascii(Latin1FromUtf8(text));
-    const std::string item =
-        isSml ? std::string(text) : "<" + NameOf(format) + ' ' + std::string(text) + ">";
+    const std::string latin1 = Latin1Of(text);
+    if (!isSml && format == FormatAscii) return Ascii(latin1);
+    const std::string item = isSml ? latin1 : "<" + NameOf(format) + ' ' + latin1 + ">";
     const ParsedSml parsed = ParseSml("S1F1 " + item + ".");
     if (!parsed.Error.empty())
         throw BadCommand("'" + std::string(text) + "' is no value of format " + NameOf(format));

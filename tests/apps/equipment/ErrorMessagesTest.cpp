@@ -35,6 +35,14 @@ TEST(ErrorMessages, AMessageThatIsTooLongIsS9F11) {
     }
 }
 
+TEST(ErrorMessages, ABodyThatIsRefusedIsS9F7) {
+    const auto message = ErrorMessageFor(
+        3090, "Hostile body refused: lists nested too deep hdr=00008703000000000001", kOnHsms);
+    ASSERT_TRUE(message.has_value());
+    EXPECT_EQ(message->Function, 7);
+    EXPECT_EQ(message->Header, (HeaderBytes{0, 0, 0x87, 3, 0, 0, 0, 0, 0, 1}));
+}
+
 TEST(ErrorMessages, NothingIsSaidOfOtherErrorsUnknownMessagesAndErrorReports) {
     const std::pair<std::int32_t, const char*> kCases[] = {
         {3004, "T4 hdr=00008101000000000001"},

@@ -1,14 +1,9 @@
-#include "FreePort.h"
-#include "Peer.h"
-#include "equipment/EquipmentRole.h"
-#include "equipment/ModelFile.h"
-#include "equipment/OperatorCommands.h"
+#include "EquipmentOnALink.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
-#include <iostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,105 +14,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-/// What a peer shows: "connect", "S1F2", "error 2012".
-class Shown final : public EventOutput {
-public:
-    void Connect() override { Lines.emplace_back("connect"); }
-    void Disconnect(std::int32_t code, const std::string&) override {
-        Lines.push_back("disconnect " + std::to_string(code));
-    }
-    void Error(std::int32_t code, const std::string&, std::int32_t) override {
-        Lines.push_back("error " + std::to_string(code));
-    }
-    void Message(const MessageRecord& message) override {
-        const bool sent = message.Kind == MessageKind::Sent;
-        if (!sent) Lines.push_back(StreamFunction(message.Stream, message.Function));
-        if (!sent) Last = message;
-    }
-
-    [[nodiscard]] bool IsGood() const override { return true; }
-
-    std::vector<std::string> Lines;
-    MessageRecord Last;
-};
-
-/// A host and a simulated equipment on a loopback link.
-class EquipmentOnALink : public testing::Test {
-protected:
-    static LinkOptions Options(Role role, const Endpoint& at) {
-        LinkOptions options;
-        (role == Role::Host ? options.Remote : options.Local) = at;
-        options.NoLog = true;
-        options.T3 = 1;
-        options.T5 = 1;
-        return options;
-    }
-
-    void Start() {
-        const auto never = [] { return false; };
-        for (Peer* peer : {&equipmentSide_, &hostSide_}) {
-            peer->Control().SECSDictionaryFile(HEXMIRE_SOURCE_DIR "/dictionaries/Default.xml");
-            peer->Control().LoadXMLDictionary();
-        }
-        equipmentSide_.StartOpening();
-        ASSERT_TRUE(hostSide_.Open(never, 20s));
-        ASSERT_TRUE(loop_.RunUntil([&] { return equipmentSide_.IsConnected(); }, 20s));
-        host_.Lines.clear();
-    }
-    void TearDown() override {
-        hostSide_.Close();
-        equipmentSide_.Close();
-    }
-
-    void Send(std::int32_t stream, std::int32_t function) {
-        const SECSTransPtr trans = hostSide_.Control().NewSECSTransaction();
-        trans->Name(StreamFunction(stream, function));
-        trans->Primary()->Stream(stream);
-        trans->Primary()->Func(function);
-        trans->Secondary()->Stream(stream);
-        trans->Secondary()->Func(function + 1);
-        hostSide_.Send(trans);
-    }
-    void Plan(const char* text) { role_.Planned().Plan(ReadMisbehaviour(SplitWords(text))); }
-
-    /// Does a command of the operator; what it fails with, "" when it does not.
-    std::string Do(const std::string& command) {
-        ScriptCommands commands;
-        AddOperatorCommands(commands, role_);
-        ScriptContext context{.Loop = loop_,
-                              .Side = equipmentSide_,
-                              .Commands = commands,
-                              .Out = std::cout,
-                              .GivenUp = [] { return false; }};
-        try {
-            commands.Read(command)(context);
-        } catch (const std::exception& error) {
-            return error.what();
-        }
-        return "";
-    }
-
-    /// What the host sees until it has seen this.
-    std::vector<std::string> SeenUntil(const std::string& last) {
-        const auto seen = [&] { return std::ranges::count(host_.Lines, last) > 0; };
-        EXPECT_TRUE(loop_.RunUntil(seen, 20s)) << last;
-        return std::exchange(host_.Lines, {});
-    }
-
-    EventLoop loop_;
-    Shown host_;
-    Shown equipment_;
-    const Endpoint endpoint_{"127.0.0.1", FindFreePort()};
-    EquipmentRole::Options options_{.Model = BuiltInModel()};
-    Peer hostSide_{loop_, host_, Options(Role::Host, endpoint_), Role::Host};
-    Peer equipmentSide_{loop_,
-                        equipment_,
-                        Options(Role::Equipment, endpoint_),
-                        Role::Equipment,
-                        [this](Platform& platform) { AddTruncation(platform, options_.Truncate); }};
-    EquipmentRole role_{loop_, equipmentSide_, options_};
-};
 
 TEST_F(EquipmentOnALink, AHostSeesALateReplyInTime) {
     Start();
@@ -231,6 +127,13 @@ TEST_F(EquipmentOnALink, AnOperatorIsToldWhatCannotBeDone) {
         {"variable 77 1", "no variable has the id 77"},
         {"variable 1012 x", "'x' is no value of format U4"},
         {"variable 1001 x", "variable 1001 is made by the equipment"},
+        {"variable 2001 241", "'241' is no value of constant 2001"},
+        {"variable 2001 <A '7'>", "'<A '7'>' is no value of constant 2001"},
+        {"variable 1101 \xE2\x82\xAC", "expected characters of ISO 8859-1"},
+        {"terminal \xE2\x82\xAC", "expected characters of ISO 8859-1"},
+        {"event \xE4", "expected characters of ISO 8859-1"},
+        {"alarm \xE2\x82\xAC set", "expected characters of ISO 8859-1"},
+        {"variable \xE2\x82\xAC 1", "expected characters of ISO 8859-1"},
         {"variable 1001", "expected 'variable ID VALUE'"},
         {"terminal", "expected 'terminal TEXT'"},
         {"busy maybe", "expected 'busy on|off'"},

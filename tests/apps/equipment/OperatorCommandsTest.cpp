@@ -60,6 +60,7 @@ TEST(MisbehaviourPlan, HoldsForItsPrimaryAsOftenAsItSays) {
 TEST(OperatorValue, IsReadInTheFormatOfTheVariable) {
     EXPECT_EQ(ValueFromText(FormatAscii, "LOT 7 'x' >"), Ascii("LOT 7 'x' >"));
     EXPECT_EQ(ValueFromText(FormatAscii, "\xC3\xA4"), Ascii("\xE4"));
+    EXPECT_EQ(ValueFromText(FormatAscii, "<A '\xC3\xA4'>"), Ascii("\xE4"));
     EXPECT_EQ(ValueFromText(FormatU4, "4294967295"), Unsigned4(4294967295U));
     EXPECT_EQ(ValueFromText(FormatBoolean, "T"), Boolean(true));
     EXPECT_EQ(ValueFromText(FormatBinary, "0x10"), Binary(16));
@@ -72,7 +73,10 @@ TEST(OperatorValue, IsReadInTheFormatOfTheVariable) {
                                        std::pair(FormatBoolean, "maybe"),
                                        std::pair(FormatU1, "1> <U1 2"),
                                        std::pair(FormatU1, "1>. S1F1 <U1 2"),
-                                       std::pair(FormatU4, "<U4")})
+                                       std::pair(FormatU4, "<U4"),
+                                       std::pair(FormatAscii, "5\xE2\x82\xAC"),
+                                       std::pair(FormatU4, "<A '\xE2\x82\xAC'>"),
+                                       std::pair(FormatAscii, "\xE4")})
         EXPECT_THROW(static_cast<void>(ValueFromText(format, text)), BadCommand) << text;
 }
 
