@@ -1,12 +1,15 @@
 #include "Interrupt.h"
 
 #include <pthread.h>
+#include <unistd.h>
 
 #include <csignal>
 
 namespace hexmire::program {
 
 namespace {
+
+constexpr int kSignalStatus = 128;  ///< what shells add to the number of a signal
 
 sigset_t Signals() {
     sigset_t signals;
@@ -38,11 +41,15 @@ Interrupt::~Interrupt() {
 
 void Interrupt::Watch(EventLoop& loop) {
     const sigset_t signals = Signals();
-    for (int signal = 0; sigwait(&signals, &signal) == 0 && !ending_;)
+    for (int signal = 0; sigwait(&signals, &signal) == 0 && !ending_;) {
+        // The loop does not run: its thread waits for a file, or for a reader of the output.
+        if (waits_.exchange(true)) ::_exit(kSignalStatus + signal);
         loop.Post([this, isFinal = signal != SIGINT] {
+            waits_ = false;
             come_ = true;
             final_ = final_ || isFinal;
         });
+    }
 }
 
 }  // namespace hexmire::program

@@ -8,7 +8,8 @@
 namespace hexmire::program {
 
 /// Turns SIGINT, SIGTERM and SIGHUP into an event of the loop, so that the program can end its link
-/// first. To be made before anything that starts a thread, and used on the loop's thread.
+/// first. A second one, while the loop has not come to the first, ends the program at once. To be
+/// made before anything that starts a thread, and used on the loop's thread.
 class Interrupt {
 public:
     /// The loop outlives this object.
@@ -31,6 +32,7 @@ private:
 
     bool come_ = false;  // The loop's thread alone touches these two.
     bool final_ = false;
+    std::atomic<bool> waits_ = false;  // The loop has not taken the last signal yet.
     std::atomic<bool> ending_ = false;
     std::thread watcher_;
 };

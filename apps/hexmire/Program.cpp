@@ -29,6 +29,12 @@ int Report(std::string message, int status) {
     return status;
 }
 
+/// What was written may still wait in the stream.
+int Succeed() {
+    if (!std::cout.flush()) return Report("cannot write to the standard output", kFailed);
+    return 0;
+}
+
 void AddPeer(CLI::App& program,
              const std::string& name,
              const std::string& description,
@@ -83,9 +89,10 @@ int Run(int argc, const char* const* argv) {
 
     try {
         program.parse(argc, argv);
-        return 0;
+        return Succeed();
     } catch (const CLI::Success& asked) {
-        return program.exit(asked);  // Help and version.
+        program.exit(asked);  // Help and version.
+        return Succeed();
     } catch (const CLI::RequiredError& error) {
         const auto unknown = program.remaining();
         const std::string reason =

@@ -1,9 +1,13 @@
 #include "../hosting/TempFolder.h"
 #include "ChildProcess.h"
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <string>
 #include <vector>
 
@@ -130,6 +134,39 @@ TEST(CommandLine, what_cannot_be_done_ends_with_status_1_and_one_line) {
     ExpectFailure(with({"--script", folder.Path()}), 1, "cannot read the script");
     ExpectFailure(with({"--script", bad}), 2, "bad.script:3: unknown command 'fetch'");
     ExpectFailure(with({"--dictionary", folder / "missing.xml"}), 1, "no such dictionary file");
+}
+
+TEST(CommandLine, output_that_cannot_be_written_ends_with_status_1) {
+    const TempFolder folder;
+    const std::string sml = folder.Write("one.sml", "S1F1 W.\n");
+    for (const std::string& line : {std::string("version"),
+                                    std::string("--version"),
+                                    std::string("--help"),
+                                    std::string("host --help"),
+                                    std::string("dictionary list"),
+                                    std::string("dictionary show S1F1"),
+                                    "dictionary from-sml " + sml,
+                                    std::string("demo --no-log --help")}) {
+        SCOPED_TRACE(line);
+        ChildProcess program(
+            "/bin/sh", {"-c", std::string("exec " HEXMIRE_PROGRAM " ") + line + " >/dev/full"});
+        EXPECT_EQ(program.Wait(), 1);
+        EXPECT_EQ(program.Errors(), "hexmire: cannot write to the standard output\n");
+    }
+}
+
+TEST(CommandLine, second_signal_ends_a_program_that_waits_for_a_file) {
+    const TempFolder folder;
+    const std::string script = folder / "pipe";
+    ASSERT_EQ(::mkfifo(script.c_str(), 0600), 0);
+    ChildProcess program(HEXMIRE_PROGRAM,
+                         {"host", "--remote", "127.0.0.1:1", "--no-log", "--script", script});
+    const int writer = ::open(script.c_str(), O_WRONLY | O_CLOEXEC);  // Waits for the reader.
+    ASSERT_GE(writer, 0);
+    program.Signal(SIGTERM);
+    program.Signal(SIGINT);
+    EXPECT_THAT(program.Wait(), testing::AnyOf(128 + SIGTERM, 128 + SIGINT));
+    ::close(writer);
 }
 
 TEST(CommandLine, script_tells_what_is_wrong_in_one_line) {
