@@ -39,7 +39,7 @@ Action ReadDisconnect(const CommandText& text) {
 
 /// SML stands behind the command, and maybe in further lines: not a name.
 bool IsSml(const CommandText& text) {
-    return text.Rest.empty() || text.Rest.find('<') != std::string_view::npos ||
+    return text.Rest.empty() || text.Rest.find_first_of("<\n") != std::string_view::npos ||
            text.Rest.ends_with('.');
 }
 
@@ -61,9 +61,9 @@ void Send(ScriptContext& context, const SECSTransPtr& trans, const std::string& 
         throw Failure("cannot send " + what + ": " + Utf8FromLatin1(context.Side.LastError()));
 }
 
-/// A new transaction with the template's name; its errors are the control's.
+/// A new transaction with the template's name, in ISO 8859-1; its errors are the control's.
 SECSTransPtr CopyOfTemplate(ScriptContext& context, const std::string& name) {
-    SECSTransPtr trans = context.Side.Control().NewSECSTransaction(Latin1FromUtf8(name));
+    SECSTransPtr trans = context.Side.Control().NewSECSTransaction(name);
     if (trans != nullptr) PrepareSending(*trans);
     return trans;
 }
@@ -80,8 +80,8 @@ std::string NameOf(ScriptContext& context, const SECSMessage& primary) {
 
 Action ReadSend(const CommandText& text) {
     if (!IsSml(text)) {
-        return [name = std::string(text.Rest)](ScriptContext& context) {
-            Send(context, CopyOfTemplate(context, name), name);
+        return [name = Latin1In(text, text.Rest)](ScriptContext& context) {
+            Send(context, CopyOfTemplate(context, name), Utf8FromLatin1(name));
         };
     }
     return [sml = SmlOf(text, "send")](ScriptContext& context) {
@@ -107,10 +107,10 @@ void Reply(ScriptContext& context, const SECSMessage& message) {
 
 Action ReadReply(const CommandText& text) {
     if (!IsSml(text)) {
-        return [name = std::string(text.Rest)](ScriptContext& context) {
+        return [name = Latin1In(text, text.Rest)](ScriptContext& context) {
             const SECSTransPtr trans = CopyOfTemplate(context, name);
             if (trans == nullptr)
-                throw Failure("cannot reply " + name + ": " +
+                throw Failure("cannot reply " + Utf8FromLatin1(name) + ": " +
                               Utf8FromLatin1(context.Side.LastError()));
             DropExamples(*trans->Secondary());
             Reply(context, *trans->Secondary());
@@ -156,7 +156,7 @@ std::string HeaderOf(const SECSTrans& trans) {
 }
 
 Action ReadList(const CommandText& text) {
-    return [pattern = Latin1FromUtf8(text.Rest)](ScriptContext& context) {
+    return [pattern = Latin1In(text, text.Rest)](ScriptContext& context) {
         const auto dictionary = context.Side.Control().SECSDictionary();
         bool isEmpty = true;
         for (const SECSTransPtr& trans : *dictionary) {
@@ -196,9 +196,9 @@ SECSTransPtr FindTemplate(ScriptContext& context, std::string_view name) {
 
 Action ReadShow(const CommandText& text) {
     if (text.Words.empty()) throw UsageOfCommand();
-    return [name = std::string(text.Rest)](ScriptContext& context) {
-        const SECSTransPtr trans = FindTemplate(context, Latin1FromUtf8(name));
-        if (trans == nullptr) throw Failure("no template '" + name + "'");
+    return [name = Latin1In(text, text.Rest)](ScriptContext& context) {
+        const SECSTransPtr trans = FindTemplate(context, name);
+        if (trans == nullptr) throw Failure("no template '" + Utf8FromLatin1(name) + "'");
         if (!trans->Description().empty())
             context.Out << "// " << Utf8FromLatin1(trans->Description()) << '\n';
         PrintSml(context.Out, RenderSml(*trans->Primary(), HasReply(*trans)));
@@ -227,9 +227,9 @@ Action ReadSet(const CommandText& text) {
     if (text.Words.size() == 1)
         return [property](ScriptContext& context) { PrintProperty(context, *property); };
     // A path may hold blanks: everything up to the last word is the value.
-    const std::string value(text.Words[1].data(), text.Rest.data() + text.Rest.size());
-    const auto change = property->Read(Latin1FromUtf8(value));
-    return [property, change, value](ScriptContext& context) {
+    const std::string_view behind(text.Words[1].data(), text.Rest.data() + text.Rest.size());
+    const auto change = property->Read(Latin1In(text, behind));
+    return [property, change, value = std::string(behind)](ScriptContext& context) {
         const std::uint64_t before = context.Side.Errors();
         change(context.Side.Control());
         if (context.Side.Errors() != before)

@@ -3,8 +3,6 @@
 #include <hexmire/hosting/Utf8.h>
 #include <hexmire/support/HexBytes.h>
 
-#include "Failure.h"
-
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -56,7 +54,7 @@ struct Character {
     std::uint32_t Code = 0;
 };
 
-Character CharacterAt(const std::string& text, std::size_t offset) {
+Character CharacterAt(std::string_view text, std::size_t offset) {
     const auto lead = static_cast<unsigned char>(text[offset]);
     if (lead < 0x80) return {1, lead};
     const std::size_t size = lead >= 0xF0 ? 4U : lead >= 0xE0 ? 3U : 2U;
@@ -126,27 +124,38 @@ std::vector<std::uint8_t> ReadHex(const Input& input) {
     return bytes;
 }
 
-std::string Latin1Text(const Input& input) {
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    const std::string& text = input.Text;
+std::string Latin1Text(std::string_view utf8) {
     std::string latin1;
-    latin1.reserve(text.size());
+    latin1.reserve(utf8.size());
     Place place;
-    for (std::size_t offset = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
-         offset < text.size();) {
-        const Character character = CharacterAt(text, offset);
+    for (std::size_t offset = 0; offset < utf8.size();) {
+        const Character character = CharacterAt(utf8, offset);
         if (character.Size == 0)
-            throw UsageError(PlaceIn(input, place.Line, place.Column) + "expected UTF-8, found " +
-                             Found(text[offset]) + " (--latin1 reads ISO 8859-1)");
+            throw BadText(
+                "expected UTF-8, found " + Found(utf8[offset]), place.Line, place.Column, false);
         if (character.Code > 0xFF)
-            throw UsageError(PlaceIn(input, place.Line, place.Column) +
-                             "expected a character of ISO 8859-1, found \"" +
-                             text.substr(offset, character.Size) + '"');
+            throw BadText("expected a character of ISO 8859-1, found \"" +
+                              std::string(utf8.substr(offset, character.Size)) + '"',
+                          place.Line,
+                          place.Column,
+                          true);
         latin1.push_back(static_cast<char>(character.Code));
         place.Pass(latin1.back());
         offset += character.Size;
     }
     return latin1;
+}
+
+std::string Latin1Text(const Input& input) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    std::string_view text = input.Text;
+    if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+    try {
+        return Latin1Text(text);
+    } catch (const BadText& bad) {
+        throw UsageError(PlaceIn(input, bad.Line, bad.Column) + bad.what() +
+                         (bad.IsUtf8 ? "" : " (--latin1 reads ISO 8859-1)"));
+    }
 }
 
 }  // namespace hexmire::program

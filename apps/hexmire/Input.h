@@ -1,7 +1,11 @@
 #pragma once
 
+#include "Failure.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace hexmire::program {
@@ -22,8 +26,22 @@ struct Input {
 /// place of what is anything else.
 [[nodiscard]] std::vector<std::uint8_t> ReadHex(const Input& input);
 
-/// The text in ISO 8859-1, from UTF-8. Throws UsageError with the place of a character that
-/// ISO 8859-1 does not have, and of a byte that is no UTF-8.
+/// A text that is not to be had in ISO 8859-1, and the place within it.
+class BadText : public UsageError {
+public:
+    BadText(const std::string& reason, std::size_t line, std::size_t column, bool isUtf8)
+        : UsageError(reason), Line(line), Column(column), IsUtf8(isUtf8) {}
+
+    std::size_t Line;    ///< from 1
+    std::size_t Column;  ///< from 1, in bytes of ISO 8859-1
+    bool IsUtf8;         ///< the character is one, though not of ISO 8859-1
+};
+
+/// The text in ISO 8859-1, from UTF-8. Throws BadText for a character that ISO 8859-1 does not
+/// have, and for a byte that is no UTF-8.
+[[nodiscard]] std::string Latin1Text(std::string_view utf8);
+
+/// The same without a byte order mark in front. Throws UsageError with the place.
 [[nodiscard]] std::string Latin1Text(const Input& input);
 
 /// "name:line:column: ", for the character before which the text stands. Columns count bytes

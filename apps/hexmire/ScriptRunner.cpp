@@ -2,12 +2,31 @@
 
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace hexmire::program {
 
 namespace {
+
+/// False for a line that cannot hold the "." at the end of a message: reading all that came so far
+/// again for each "." in numbers and texts would take long.
+bool MayEndMessage(std::string_view line) {
+    const std::size_t last = line.find_last_not_of(" \t\r");
+    if (last == std::string_view::npos) return false;
+    if (line[last] == '.') return true;
+    for (std::size_t i = 0; i < last; ++i) {
+        if (line[i] == '"' || line[i] == '\'') {
+            const std::size_t quote = line.find(line[i], i + 1);
+            if (quote != std::string_view::npos) i = quote;
+        } else if (line[i] == '.' &&
+                   std::string_view(" \t/*").find(line[i + 1]) != std::string_view::npos) {
+            return true;  // A comment may follow, or what does not belong there.
+        }
+    }
+    return false;
+}
 
 void Do(const Action& action, ScriptContext& context, const std::string& place) {
     try {
@@ -28,6 +47,8 @@ std::string ScriptReader::Place() const { return name_ + ':' + std::to_string(fi
 std::optional<Action> ScriptReader::Read() {
     std::optional<std::string> line = next_(false);
     if (!line) return std::nullopt;
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (lines_ == 0 && line->starts_with(kByteOrderMark)) line->erase(0, kByteOrderMark.size());
     first_ = ++lines_;
     return ReadCommand(*std::move(line));
 }
@@ -48,12 +69,11 @@ Action ScriptReader::ReadCommand(std::string text) {
             return commands_.Read(text);
         } catch (const BadCommand& bad) {
             if (!bad.IsIncomplete) throw;
-            // A message ends with a ".": a line without one needs no other attempt.
             for (bool mayEnd = false; !mayEnd;) {
                 const std::optional<std::string> more = next_(true);
                 if (!more) return commands_.Read(text);
                 ++lines_;
-                mayEnd = more->find('.') != std::string::npos;
+                mayEnd = MayEndMessage(*more);
                 text += '\n' + *more;
             }
         }

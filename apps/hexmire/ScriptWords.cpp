@@ -1,5 +1,7 @@
 #include "ScriptWords.h"
 
+#include "Input.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -64,6 +66,23 @@ std::vector<std::string_view> SplitWords(std::string_view line) {
         begin = line.find_first_not_of(kBlanks, end);
     }
     return words;
+}
+
+std::string Latin1In(std::string_view utf8) {
+    try {
+        return Latin1Text(utf8);
+    } catch (const BadText& bad) {
+        throw BadCommand(
+            bad.what(), static_cast<int>(bad.Line), static_cast<int>(bad.Column), false);
+    }
+}
+
+std::string Latin1In(const CommandText& text, std::string_view piece) {
+    if (piece.empty()) return {};
+    // With what stands in front of it, so that places are those of the command.
+    const auto begin = static_cast<std::size_t>(piece.data() - text.Whole.data());
+    const std::size_t before = Latin1In(text.Whole.substr(0, begin)).size();
+    return Latin1In(text.Whole.substr(0, begin + piece.size())).substr(before);
 }
 
 void CheckWordCount(const CommandText& text, std::size_t least, std::size_t most) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -12,6 +13,11 @@ namespace hexmire::program {
 
 /// The words of a line, between blanks.
 [[nodiscard]] std::vector<std::string_view> SplitWords(std::string_view line);
+
+/// The text, or a piece of the command's, in ISO 8859-1. Throws BadCommand with the place of a
+/// character that ISO 8859-1 does not have.
+[[nodiscard]] std::string Latin1In(std::string_view utf8);
+[[nodiscard]] std::string Latin1In(const CommandText& text, std::string_view piece);
 
 /// Thrown by a reader whose arguments do not look like the ones in the table; the table says which
 /// those are.

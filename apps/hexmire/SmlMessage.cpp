@@ -3,6 +3,7 @@
 #include <hexmire/hosting/Utf8.h>
 
 #include "ScriptCommands.h"
+#include "ScriptWords.h"
 
 #include <utility>
 #include <vector>
@@ -10,7 +11,7 @@
 namespace hexmire::program {
 
 ParsedSml ReadSml(std::string_view text) {
-    ParsedSml sml = ParseSml(Latin1FromUtf8(text));
+    ParsedSml sml = ParseSml(Latin1In(text));
     if (sml.Message == nullptr)
         throw BadCommand(Utf8FromLatin1(sml.Error), sml.Line, sml.Column, sml.IsIncomplete);
     return sml;

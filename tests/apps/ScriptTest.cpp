@@ -86,6 +86,61 @@ TEST(Script, sml_goes_on_to_its_end_in_further_lines) {
               "it:7: expected 'wait SECONDS'");
 }
 
+TEST(Script, comment_may_stand_behind_the_end_of_sml) {
+    for (const char* end : {". // the end", ". /* the end */", ".// 1", "\t.\t", "<A 'x. '> ."})
+        EXPECT_EQ(Refusal("send\nS1F1 W\n" + std::string(end) + "\nwait"),
+                  "it:4: expected 'wait SECONDS'")
+            << end;
+    EXPECT_THAT(Refusal("send\nS1F1 W\n. wait\nwait"), HasSubstr("it:3:3: expected"));
+}
+
+TEST(Script, sml_is_not_read_again_for_points_in_numbers_and_texts) {
+    int reads = 0;
+    ScriptCommands commands;
+    commands.Add({.Name = "send",
+                  .Arguments = "",
+                  .Help = "",
+                  .Completes = Completion::Nothing,
+                  .Read = [&](const CommandText& text) -> Action {
+                      ++reads;
+                      if (!text.Whole.ends_with("\n>.")) throw BadCommand("no end", 1, 1, true);
+                      return [](ScriptContext&) {};
+                  }});
+    int line = 0;
+    ScriptReader reader(commands, "it", [&](bool) -> std::optional<std::string> {
+        const int at = line++;
+        if (at == 0) return "send S6F11 <L";
+        if (at > 100) return ">.";
+        return at % 2 == 0 ? "<F4 1.5>" : "<A 'The end. Or not.'> // 1.5";
+    });
+    EXPECT_TRUE(reader.Next().has_value());
+    EXPECT_EQ(line, 102);
+    EXPECT_EQ(reads, 2);
+}
+
+TEST(Script, character_that_cannot_be_sent_is_told_with_its_place) {
+    const std::pair<const char*, const char*> kCases[] = {
+        {"send S1F1 <A '\xE2\x82\xAC'>.", "it:1:15: "},
+        {"send\nS1F1\n<A '\xC3\xA9\xE2\x82\xAC'>.", "it:3:6: "},
+        {"reply S1F2 <A '\xE2\x82\xAC'>.", "it:1:16: "},
+        {"send \xE2\x82\xAC", "it:1:6: "},
+        {"reply \xE2\x82\xAC", "it:1:7: "},
+        {"list \xE2\x82\xAC", "it:1:6: "},
+        {"show  \xE2\x82\xAC", "it:1:7: "},
+        {"set SECSLogFile \xC3\xA9 \xE2\x82\xAC.log", "it:1:19: "},
+    };
+    for (const auto& [script, place] : kCases)
+        EXPECT_EQ(Refusal(script),
+                  std::string(place) + "expected a character of ISO 8859-1, found \"\xE2\x82\xAC\"")
+            << script;
+    EXPECT_EQ(Refusal("wait 0\nlist a\xFF"), "it:2:7: expected UTF-8, found byte 0xFF");
+    EXPECT_EQ(Refusal("list \xC3\xA9\n# \xE2\x82\xAC"), "");
+}
+
+TEST(Script, byte_order_mark_in_front_is_passed_over) {
+    EXPECT_EQ(Refusal("\xEF\xBB\xBFwait 0\nwait"), "it:2: expected 'wait SECONDS'");
+}
+
 TEST(Script, line_that_is_no_command_is_told_with_its_place) {
     const std::pair<const char*, const char*> kCases[] = {
         {"Connect", "it:1: unknown command 'Connect'"},
