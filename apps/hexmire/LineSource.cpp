@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -12,6 +13,16 @@
 
 namespace hexmire::program {
 
+namespace {
+
+constexpr std::size_t kLongestLine = 16 << 20;
+constexpr std::size_t kMostUntaken = 1 << 20;
+
+/// What a line takes in memory, about.
+std::size_t CostOf(const std::string& line) { return line.size() + 256; }
+
+}  // namespace
+
 LineSource::LineSource(EventLoop& loop) : loop_(loop) {
     if (::pipe(wake_) != 0) throw Failure("cannot watch the standard input");
     reader_ = std::thread([this, wake = wake_[0]] { ReadStandardInput(wake); });
@@ -19,15 +30,28 @@ LineSource::LineSource(EventLoop& loop) : loop_(loop) {
 
 LineSource::~LineSource() {
     if (!reader_.joinable()) return;
+    {
+        const std::scoped_lock lock(mutex_);
+        isEnding_ = true;
+    }
+    wanted_.notify_one();
     ::close(wake_[1]);  // The reader sees the end of the pipe.
     reader_.join();
     ::close(wake_[0]);
 }
 
+bool LineSource::Give(std::string line) {
+    std::unique_lock lock(mutex_);
+    untaken_ += CostOf(line);
+    loop_.Post([taken = taken_, line = std::move(line)] { taken->Lines.push_back(line); });
+    wanted_.wait(lock, [this] { return untaken_ <= kMostUntaken || isEnding_; });
+    return !isEnding_;
+}
+
 void LineSource::ReadStandardInput(int wake) {
     std::string pending;
     std::array<char, 4096> buffer{};
-    for (;;) {
+    while (pending.size() <= kLongestLine) {
         pollfd watched[] = {{.fd = STDIN_FILENO, .events = POLLIN, .revents = 0},
                             {.fd = wake, .events = POLLIN, .revents = 0}};
         if (::poll(watched, 2, -1) < 0 && errno != EINTR) break;
@@ -36,16 +60,18 @@ void LineSource::ReadStandardInput(int wake) {
         const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) break;
+        std::size_t searched = pending.size();
         pending.append(buffer.data(), static_cast<std::size_t>(count));
-        for (std::size_t end = pending.find('\n'); end != std::string::npos;
-             end = pending.find('\n')) {
-            loop_.Post(
-                [taken = taken_, line = pending.substr(0, end)] { taken->Lines.push_back(line); });
+        for (std::size_t end = pending.find('\n', searched); end != std::string::npos;
+             end = pending.find('\n', searched)) {
+            if (!Give(pending.substr(0, end))) return;
             pending.erase(0, end + 1);
+            searched = 0;
         }
     }
     loop_.Post([taken = taken_, line = std::move(pending)] {
-        if (!line.empty()) taken->Lines.push_back(line);
+        taken->IsTooLong = line.size() > kLongestLine;
+        if (!line.empty() && !taken->IsTooLong) taken->Lines.push_back(line);
         taken->HasEnded = true;
     });
 }
@@ -53,9 +79,18 @@ void LineSource::ReadStandardInput(int wake) {
 std::optional<std::string> LineSource::Next(const std::function<bool()>& givenUp) {
     loop_.RunUntil([&] { return !taken_->Lines.empty() || taken_->HasEnded || givenUp(); },
                    std::chrono::nanoseconds::max());
-    if (taken_->Lines.empty() || givenUp()) return std::nullopt;
+    if (givenUp()) return std::nullopt;
+    if (taken_->Lines.empty()) {
+        if (taken_->IsTooLong) throw UsageError("<stdin>: a line is longer than 16 MiB");
+        return std::nullopt;
+    }
     std::string line = std::move(taken_->Lines.front());
     taken_->Lines.pop_front();
+    {
+        const std::scoped_lock lock(mutex_);
+        untaken_ -= std::min(untaken_, CostOf(line));  // The last one was not counted.
+    }
+    wanted_.notify_one();
     return line;
 }
 

@@ -216,6 +216,27 @@ class JsonLines(unittest.TestCase):
         self.assertEqual(equipment.process.stderr.read(),
                          b"hexmire: cannot write to the standard output\n")
 
+    def test_lines_are_read_as_they_are_asked_for(self):
+        host = self.side("host", "--remote", "127.0.0.1:1")
+        host.say("wait 1000")
+        given = 0
+        while select.select([], [host.process.stdin], [], 0.5)[1]:
+            given += os.write(host.process.stdin.fileno(), b"# nothing to do\n" * 64)
+            self.assertLess(given, 4 << 20)
+        host.process.terminate()
+        self.assertEqual(host.end(), (1, "hexmire: <stdin>:1: interrupted\n"))
+
+    def test_a_line_without_an_end_is_refused(self):
+        host = self.side("host", "--remote", "127.0.0.1:1")
+        try:
+            for _ in range(20 * 16):
+                host.process.stdin.write(b"#" * 65536)
+        except BrokenPipeError:
+            pass
+        status, errors = host.end()
+        self.assertEqual((status, errors),
+                         (2, "hexmire: <stdin>: a line is longer than 16 MiB\n"))
+
 
 if __name__ == "__main__":
     PROGRAM = sys.argv.pop(1)
