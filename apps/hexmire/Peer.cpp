@@ -12,6 +12,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr std::size_t kKept = 10'000;
+constexpr std::size_t kKeptBytes = 4 << 20;  // In memory they take many times as much.
 
 Platform Adapted(Platform platform, const std::function<void(Platform&)>& adapt) {
     adapt(platform);
@@ -43,6 +44,7 @@ void Peer::TakeEvents() {
     events.Disconnect = [this](std::int32_t code, const std::string& text) {
         connected_ = false;
         waiting_.clear();
+        waitingBytes_ = 0;
         output_.Disconnect(code, text);
         if (OnDisconnect) OnDisconnect(code);
         if (reopening_)
@@ -122,9 +124,22 @@ void Peer::Close() {
 
 void Peer::Take(const SECSTransPtr& primary) {
     if (OnPrimary && !IsHeld(*primary->Primary())) return OnPrimary(primary);
-    if (!primary->ReplyExpected()) return;
-    if (waiting_.size() == kKept) waiting_.pop_front();
-    waiting_.push_back(primary);
+    if (primary->ReplyExpected() && keepsWaiting_) KeepWaiting(primary);
+}
+
+void Peer::KeepWaiting(const SECSTransPtr& primary) {
+    // Two digits and a blank a byte.
+    waiting_.push_back({.Trans = primary, .Bytes = primary->Primary()->RawHex().size() / 3});
+    waitingBytes_ += waiting_.back().Bytes;
+    while (waiting_.size() > kKept || (waitingBytes_ > kKeptBytes && waiting_.size() > 1))
+        TakeFrom(waiting_.begin());
+}
+
+SECSTransPtr Peer::TakeFrom(WaitingPlace place) {
+    SECSTransPtr trans = std::move(place->Trans);
+    waitingBytes_ -= place->Bytes;
+    waiting_.erase(place);
+    return trans;
 }
 
 void Peer::Hold(std::int32_t stream, std::int32_t function, bool isHeld) {
@@ -142,22 +157,14 @@ bool Peer::IsHeld(const SECSMessage& message) const {
 }
 
 SECSTransPtr Peer::TakeWaiting(std::int32_t stream, std::int32_t function) {
-    const auto found = std::ranges::find_if(waiting_, [&](const SECSTransPtr& trans) {
-        const SECSMessage& primary = *trans->Primary();
+    const auto found = std::ranges::find_if(waiting_, [&](const Waiting& one) {
+        const SECSMessage& primary = *one.Trans->Primary();
         return primary.Stream() == stream && (function == 0 || function == primary.Func() + 1);
     });
-    if (found == waiting_.end()) return nullptr;
-    SECSTransPtr trans = *found;
-    waiting_.erase(found);
-    return trans;
+    return found == waiting_.end() ? nullptr : TakeFrom(found);
 }
 
-SECSTransPtr Peer::TakeWaiting() {
-    if (waiting_.empty()) return nullptr;
-    SECSTransPtr trans = waiting_.front();
-    waiting_.pop_front();
-    return trans;
-}
+SECSTransPtr Peer::TakeWaiting() { return waiting_.empty() ? nullptr : TakeFrom(waiting_.begin()); }
 
 void Peer::Keep(const SECSMessage& message) {
     if (received_.size() == kKept) received_.pop_front();

@@ -6,6 +6,7 @@
 #include "LinkOptions.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -70,9 +71,12 @@ public:
 
     /// Takes the oldest received primary that OnPrimary did not get and that waits for this reply:
     /// the function behind its own, or F0; without arguments, for any reply. None when there is no
-    /// such primary. They are forgotten when the link ends; the last 10 000 are kept.
+    /// such primary. They are forgotten when the link ends; the last 10 000 are kept, and as many
+    /// of them as have bodies of 4 MiB together, or the last one alone.
     [[nodiscard]] SECSTransPtr TakeWaiting(std::int32_t stream, std::int32_t function);
     [[nodiscard]] SECSTransPtr TakeWaiting();
+    /// Nobody will take them: none is kept from now on.
+    void KeepNoneWaiting() noexcept { keepsWaiting_ = false; }
 
     /// Takes the oldest received message of this stream and function that was not taken yet; false
     /// when there is none. The last 10 000 messages are kept.
@@ -98,16 +102,26 @@ private:
         std::int32_t Function = 0;
     };
 
+    struct Waiting {
+        SECSTransPtr Trans;
+        std::size_t Bytes = 0;  ///< of the body
+    };
+    using WaitingPlace = std::deque<Waiting>::iterator;
+
     void TakeEvents();
     void Take(const SECSTransPtr& primary);
     [[nodiscard]] bool IsHeld(const SECSMessage& message) const;
     void Keep(const SECSMessage& message);
+    void KeepWaiting(const SECSTransPtr& primary);
+    SECSTransPtr TakeFrom(WaitingPlace place);
 
     EventLoop& loop_;
     EventOutput& output_;
     Hexmire control_;
     std::deque<Received> received_;
-    std::deque<SECSTransPtr> waiting_;
+    std::deque<Waiting> waiting_;
+    std::size_t waitingBytes_ = 0;
+    bool keepsWaiting_ = true;
     std::map<std::pair<std::int32_t, std::int32_t>, bool> held_;
     bool allHeld_ = false;
     std::string lastError_;

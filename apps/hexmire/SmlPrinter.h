@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 namespace hexmire::program {
 
@@ -16,8 +17,16 @@ public:
         ReceivedSml,  ///< a sent message is one line: the other side, shown too, prints its SML
     };
 
+    enum class Controls : std::uint8_t {
+        AsTheyCame,
+        Visible,  ///< "\x1B": the other side is not to move a terminal's cursor
+    };
+
     /// Lines begin with the label. The stream outlives this object.
-    SmlPrinter(std::ostream& out, std::string label, Detail detail = Detail::Everything);
+    SmlPrinter(std::ostream& out,
+               std::string label,
+               Detail detail = Detail::Everything,
+               Controls controls = Controls::AsTheyCame);
 
     void Connect() override;
     void Disconnect(std::int32_t code, const std::string& text) override;
@@ -26,9 +35,13 @@ public:
     [[nodiscard]] bool IsGood() const override { return out_.good(); }
 
 private:
+    /// In UTF-8, as it is to be written.
+    [[nodiscard]] std::string Shown(std::string_view latin1) const;
+
     std::ostream& out_;
     std::string label_;
     Detail detail_;
+    Controls controls_;
 };
 
 }  // namespace hexmire::program

@@ -81,6 +81,24 @@ TEST(SmlPrinter, sent_message_is_one_line_when_the_other_side_is_shown_too) {
     EXPECT_NE(out.str().find("\xC2\xB5"), std::string::npos);
 }
 
+TEST(SmlPrinter, control_characters_are_visible_on_a_terminal) {
+    using enum SmlPrinter::Detail;
+    MessageRecord message = Sample(MessageKind::ReceivedPrimary);
+    message.Sml = "S10F3 W\r\n< A '\x1B[2J\x9B\x7F\t\r\xE4\n' >\r\n.";
+    std::ostringstream out;
+    SmlPrinter printer(out, "host", Everything, SmlPrinter::Controls::Visible);
+    printer.Message(message);
+    printer.Error(2012, "\033c", 0);
+    printer.Disconnect(3054, "gone\a");
+    EXPECT_EQ(out.str(),
+              "host received S10F3 W, device ID 32767, system bytes 17\n"
+              "    S10F3 W\n    < A '\\x1B[2J\\x9B\\x7F\t\\x0D\xC3\xA4\n' >\n    .\n"
+              "host error 2012 \\x1Bc\nhost disconnected, 3054 gone\\x07\n");
+    std::ostringstream file;
+    SmlPrinter(file, "host").Error(2012, "\x1B", 0);
+    EXPECT_EQ(file.str(), "host error 2012 \x1B\n");
+}
+
 TEST(Endpoint, address_and_port_are_read_and_written) {
     EXPECT_EQ(ParseEndpoint("127.0.0.1:5000"), (Endpoint{.Address = "127.0.0.1", .Port = 5000}));
     EXPECT_EQ(ParseEndpoint("tool-7.fab:1"), (Endpoint{.Address = "tool-7.fab", .Port = 1}));

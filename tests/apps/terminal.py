@@ -155,6 +155,25 @@ class Terminal(unittest.TestCase):
         os.kill(host.process, signal.SIGTERM)
         self.assertEqual(host.end(), 0)
 
+    def test_a_signal_ends_the_prompt_and_what_runs_there(self):
+        host = self.prompt()
+        host.wait_for("host> ")
+        host.type("wait 1000\r")
+        host.wait_for("\n")
+        os.kill(host.process, signal.SIGTERM)
+        host.wait_for("error: interrupted")
+        self.assertEqual(host.end(), 0)
+
+    def test_control_characters_that_come_are_visible(self):
+        equipment = self.equipment()
+        host = self.prompt()
+        host.wait_for("host connected")
+        equipment.stdin.write(b"send S5F1 <A '\x1b[5m'>.\n")
+        equipment.stdin.flush()
+        host.wait_for("< A '\\x1B[5m' >")
+        host.type("\x04")
+        self.assertEqual(host.end(), 0)
+
     def test_lines_come_back_in_the_next_session(self):
         host = self.prompt()
         host.wait_for("host> ")

@@ -15,6 +15,7 @@
 #include "equipment/EquipmentOptions.h"
 #include "equipment/OperatorCommands.h"
 #include <CLI/CLI.hpp>
+#include <unistd.h>
 
 #include <csignal>
 #include <iostream>
@@ -30,16 +31,27 @@ namespace {
 
 std::unique_ptr<EventOutput> OutputFor(const PeerOptions& options, std::ostream& out) {
     if (options.Json) return std::make_unique<JsonEvents>(out);
-    return std::make_unique<SmlPrinter>(out, options.Side == Role::Host ? "host" : "equipment");
+    using Controls = SmlPrinter::Controls;
+    return std::make_unique<SmlPrinter>(
+        out,
+        options.Side == Role::Host ? "host" : "equipment",
+        SmlPrinter::Detail::Everything,
+        ::isatty(STDOUT_FILENO) == 1 ? Controls::Visible : Controls::AsTheyCame);
 }
 
+/// What AddOperatorCommands adds, for which it needs an equipment that runs.
+constexpr const char* kOperatorCommands =
+    ", event CEID, alarm ALID set|clear, variable ID VALUE, terminal TEXT, online, offline, "
+    "busy on|off, misbehave SxFy KIND [TIMES|always], behave";
+
 /// "Commands, one a line, ...: connect [SECONDS], send ..."
-std::string ScriptHelp() {
+std::string ScriptHelp(Role side) {
     std::string names;
     const ScriptCommands commands = CommonCommands();
     for (const ScriptCommand& command : commands.All())
         names += (names.empty() ? "" : ", ") + command.Name +
                  (command.Arguments.empty() ? "" : ' ' + command.Arguments);
+    if (side == Role::Equipment) names += kOperatorCommands;
     return "Commands, one a line, '-' for the standard input: " + names +
            "; '#' begins a comment. Without a script: a prompt on a terminal, else the link is "
            "served until SIGINT or SIGTERM";
@@ -47,6 +59,7 @@ std::string ScriptHelp() {
 
 /// Keeps the port open until a signal comes.
 void Serve(ScriptContext& context) {
+    context.Side.KeepNoneWaiting();
     const auto ended = [&] {
         const bool isOpen = context.Side.Control().PortOpened() || context.Side.IsReopening();
         return !isOpen || context.GivenUp();
@@ -83,7 +96,7 @@ EquipmentRole::Options SimulationOf(const PeerOptions& options) {
 
 void AddPeerOptions(CLI::App& command, PeerOptions& options) {
     AddLinkOptions(command, options.Link);
-    command.add_option("--script", options.Script, ScriptHelp())->type_name("FILE");
+    command.add_option("--script", options.Script, ScriptHelp(options.Side))->type_name("FILE");
     command.add_flag("--json", options.Json, "Write one JSON object a line for every event");
     if (options.Side == Role::Equipment) AddEquipmentOptions(command, options.Equipment);
 }
