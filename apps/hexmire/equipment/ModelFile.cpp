@@ -111,7 +111,7 @@ private:
                           .Units = place.TextOf("units")};
         Enter(variables_, place.At("id"), KeyOf(variable.Id));
         if (const auto source = place.Find("source")) {
-            if (place.Find("value")) place.Refuse("\"source\" and \"value\" exclude each other");
+            if (place.Find("value")) place.Refuse("'source' and 'value' exclude each other");
             variable.From = SourceOf(*source);
         } else {
             const JsonPlace value = place.At("value");

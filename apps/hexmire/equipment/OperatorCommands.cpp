@@ -37,9 +37,9 @@ public:
     explicit OperatorCommands(EquipmentRole& role) : role_(role) {}
 
     void AddTo(ScriptCommands& commands) {
-        const auto add = [&](const char* name, std::string arguments, const char* help, auto read) {
+        const auto add = [&](const char* name, const char* arguments, const char* help, auto read) {
             commands.Add({.Name = name,
-                          .Arguments = std::move(arguments),
+                          .Arguments = arguments,
                           .Help = help,
                           .Completes = Completion::Nothing,
                           .Read = [self = shared_from_this(), read](const CommandText& text) {

@@ -103,7 +103,7 @@ TEST(ModelFile, WhatIsWrongIsToldWithItsPlace) {
          "m.json: status_variables[0].source: expected clock, control_state, process_state, "
          "alarms_set, alarms_enabled or events_enabled"},
         {R"({"status_variables": [{"id": 1, "source": "clock", "value": 1}]})",
-         "m.json: status_variables[0]: \"source\" and \"value\" exclude each other"},
+         "m.json: status_variables[0]: 'source' and 'value' exclude each other"},
         {R"({"status_variables": [{"id": 1, "source": "clock"}], "data_values":
              [{"id": 1, "source": "clock"}]})",
          "m.json: data_values[0].id: \"1\" stands here twice"},
