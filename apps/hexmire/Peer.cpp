@@ -138,7 +138,7 @@ void Peer::KeepWaiting(const SECSTransPtr& primary) {
 SECSTransPtr Peer::TakeFrom(WaitingPlace place) {
     SECSTransPtr trans = std::move(place->Trans);
     waitingBytes_ -= place->Bytes;
-    waiting_.erase(place);
+    waiting_.erase(std::move(place));
     return trans;
 }
 

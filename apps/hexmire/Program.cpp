@@ -30,9 +30,9 @@ int Report(std::string message, int status) {
 }
 
 /// What was written may still wait in the stream.
-int Succeed() {
+int Written(int status) {
     if (!std::cout.flush()) return Report("cannot write to the standard output", kFailed);
-    return 0;
+    return status;
 }
 
 void AddPeer(CLI::App& program,
@@ -89,10 +89,9 @@ int Run(int argc, const char* const* argv) {
 
     try {
         program.parse(argc, argv);
-        return Succeed();
+        return Written(0);
     } catch (const CLI::Success& asked) {
-        program.exit(asked);  // Help and version.
-        return Succeed();
+        return Written(program.exit(asked));  // Help and version.
     } catch (const CLI::RequiredError& error) {
         const auto unknown = program.remaining();
         const std::string reason =
