@@ -135,10 +135,10 @@ void Peer::KeepWaiting(const SECSTransPtr& primary) {
         TakeFrom(waiting_.begin());
 }
 
-SECSTransPtr Peer::TakeFrom(WaitingPlace place) {
+SECSTransPtr Peer::TakeFrom(const WaitingPlace& place) {
     SECSTransPtr trans = std::move(place->Trans);
     waitingBytes_ -= place->Bytes;
-    waiting_.erase(std::move(place));
+    waiting_.erase(place);
     return trans;
 }
 

@@ -113,7 +113,7 @@ private:
     [[nodiscard]] bool IsHeld(const SECSMessage& message) const;
     void Keep(const SECSMessage& message);
     void KeepWaiting(const SECSTransPtr& primary);
-    SECSTransPtr TakeFrom(WaitingPlace place);
+    SECSTransPtr TakeFrom(const WaitingPlace& place);
 
     EventLoop& loop_;
     EventOutput& output_;

@@ -160,8 +160,8 @@ class Terminal(unittest.TestCase):
         host.wait_for("host> ")
         host.type("wait 1000\r")
         host.wait_for("\n")
+        # Whether the command had begun or not.
         os.kill(host.process, signal.SIGTERM)
-        host.wait_for("error: interrupted")
         self.assertEqual(host.end(), 0)
 
     def test_control_characters_that_come_are_visible(self):
