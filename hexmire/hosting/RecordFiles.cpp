@@ -3,12 +3,12 @@
 #include <hexmire/hosting/SystemPath.h>
 
 #include <fcntl.h>
-#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <optional>
 #include <system_error>
 
@@ -115,7 +115,8 @@ std::string RecordFiles::Store(const std::string& folder,
     int failed = WriteAll(file.Get(), bytes, written);
     if (failed == 0 && ::fsync(file.Get()) != 0) failed = errno;
     if (!file.Close() && failed == 0) failed = errno;
-    if (failed == 0 && ::rename(temporary.c_str(), (*system + name).c_str()) != 0) failed = errno;
+    if (failed == 0 && std::rename(temporary.c_str(), (*system + name).c_str()) != 0)
+        failed = errno;
     if (failed == 0) {
         SyncFolder(*system);
         return "";

@@ -257,7 +257,7 @@ Line::Next Line::TakeLength(Line& line, std::uint8_t byte) {
 Line::Next Line::TakeBody(Line& line, std::uint8_t byte) {
     line.body_.push_back(byte);
     if (line.body_.size() < line.length_ + kChecksumBytes) return nullptr;
-    const std::uint16_t told =
+    const auto told =
         static_cast<std::uint16_t>(line.body_[line.length_] << 8U | line.body_[line.length_ + 1]);
     line.body_.resize(line.length_);
     if (told == Checksum(line.body_)) return line.Received();
