@@ -3,9 +3,9 @@
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
 #include <pthread.h>
-#include <signal.h>
 
 #include <condition_variable>
+#include <csignal>
 #include <list>
 #include <mutex>
 #include <utility>
