@@ -34,7 +34,7 @@ std::string Option(std::string_view options, std::uint32_t wanted) {
             Require(size == 0 && options.size() == 4, "options go on behind their end");
             return "";
         }
-        const std::size_t padded = (size + 3U) / 4U * 4U;
+        const std::size_t padded = (std::size_t{size} + 3U) / 4U * 4U;
         Require(4 + padded <= options.size(), "an option ends behind its block");
         if (code == wanted) return std::string(options.substr(4, size));
         options.remove_prefix(4 + padded);

@@ -209,6 +209,8 @@ void MachineRig::ShowOutput(std::size_t count) {
     shown_ += count;
 }
 
+// A row for each kind of action.
+// NOLINTNEXTLINE(readability-function-size)
 void MachineRig::Show(const link::Action& action) {
     const auto told = [&](const std::string& kind, link::LinkError code, const std::string& text) {
         LastText = text;
