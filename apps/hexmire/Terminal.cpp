@@ -193,7 +193,8 @@ void Terminal::Impl::Start(LineCompletion completion, const std::string& history
     ::el_set(line_, EL_PROMPT, &ShowPrompt);
     ::el_set(line_, EL_EDITOR, "emacs");
     ::el_set(line_, EL_HIST, &::history, history_.Get());
-    ::el_set(line_, EL_ADDFN, "complete-line", "Complete the word", &CompleteLine);
+    // Wide texts are kept as they are; narrow ones would be copied and never freed.
+    ::el_wset(line_, EL_ADDFN, L"complete-line", L"Complete the word", &CompleteLine);
     ::el_set(line_, EL_BIND, "^I", "complete-line", nullptr);
     ::el_set(line_, EL_BIND, "^R", "em-inc-search-prev", nullptr);
     ::el_set(line_, EL_GETCFN, &ReadLetter);
@@ -222,8 +223,8 @@ std::optional<std::string> Terminal::Impl::Next(const std::string& prompt,
             isCancelled_ = true;
         }
         Wake();
+        // A line that was ended before the signal came is still taken, to be given up when it runs.
         loop_.RunUntil(decided, kForever);
-        typed_.reset();
     }
     return typed_;
 }

@@ -59,7 +59,10 @@ class Prompt:
     def end(self):
         while self.read(BOUND):
             pass
-        return os.waitstatus_to_exitcode(os.waitpid(self.process, 0)[1])
+        status = os.waitstatus_to_exitcode(os.waitpid(self.process, 0)[1])
+        if status != 0:
+            print(self.shown[self.taken:], file=sys.stderr)
+        return status
 
 
 class Terminal(unittest.TestCase):
