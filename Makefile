@@ -8,7 +8,7 @@ CHECK_FUZZ_SECONDS := 20
 .DEFAULT_GOAL := help
 .NOTPARALLEL:
 .PHONY: help setup demo test check check-format check-layers check-words check-dev check-clang \
-        check-network check-tidy check-fuzz bench fuzz coverage interop man format clean
+        check-network check-tidy check-fuzz bench fuzz coverage peers interop man format clean
 
 help: ## List the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-14s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -84,7 +84,10 @@ coverage: ## Run the tests with counters; print line and branch coverage by fold
 	ctest --preset coverage -j $(JOBS)
 	scripts/coverage build/coverage
 
-interop: ## Run the program against an independent HSMS peer; have tshark read its captures
+peers: ## Install independent SECS stacks into build/peers, for `make interop` and benchmarks
+	@scripts/peers
+
+interop: peers ## Run the program against an independent HSMS peer; have tshark read its captures
 	@scripts/setup interop
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release -j $(JOBS) --target hexmire
