@@ -152,9 +152,8 @@ void Control::SendS9F7(std::int32_t stream, std::int32_t function, std::int32_t 
         const auto byte = [](std::int32_t value, int shift) {
             return static_cast<std::uint8_t>(static_cast<std::uint32_t>(value) >> shift & 0xFFU);
         };
-        const std::int32_t deviceId = settings_.DeviceID > 32767 ? 0 : settings_.DeviceID;
-        item->Value(std::vector<std::uint8_t>{byte(deviceId, 8),
-                                              byte(deviceId, 0),
+        item->Value(std::vector<std::uint8_t>{byte(settings_.DeviceID, 8),
+                                              byte(settings_.DeviceID, 0),
                                               byte(stream, 0),
                                               byte(function, 0),
                                               kLastBlock,

@@ -265,10 +265,8 @@ void WriteItem(Output& out, SECSItem& item) {
             return WriteValue(out, item, value, WriteWide<8, false>());
         case FormatF4:
             return WriteValue(out, item, value, WriteSingle());
-        case FormatF8:
+        default:  // F8; an item takes no other format.
             return WriteValue(out, item, value, WriteDouble());
-        default:
-            return;
     }
 }
 
