@@ -177,6 +177,9 @@ TEST_F(ItemProperties, NameAndDescriptionAreApart) {
     EXPECT_EQ(Child->Name(), "n");
     Child->Name(Child->Name() + Child->Description());
     EXPECT_EQ(Child->Name(), "nd");
+    Child->Description("");
+    EXPECT_EQ(Child->Description(), "");
+    EXPECT_EQ(Child->Name(), "nd");
 }
 
 TEST_F(ItemProperties, ValueIsStoredWhateverTheFormat) {

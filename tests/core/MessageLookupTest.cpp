@@ -102,6 +102,8 @@ TEST_F(MessageLookup, BlankTextIsRefusedEvenWhenAnItemIsNamedSo) {
     static_cast<void>(Add(""));
     for (const char* text : {"", " ", "   "})
         ExpectRefused(text, kWrongKind);
+    EXPECT_EQ(Subject->Item(static_cast<const char*>(nullptr)), nullptr);
+    EXPECT_EQ(Site.Take(), kWrongKind);
 }
 
 TEST_F(MessageLookup, TabIsNoBlank) {

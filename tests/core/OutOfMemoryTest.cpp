@@ -254,6 +254,30 @@ TEST_F(OutOfMemory, ToSmlReportsItAndClosesNoListThatItDidNotOpen) {
     }
 }
 
+TEST_F(OutOfMemory, ParseSmlSaysSoAndGivesNoMessage) {
+    const std::string body = "< L \r\n  < A '" + kLongText + "' >\r\n  < U1 1 2 3 >\r\n  < V " +
+                             kLongText + " >\r\n >\r\n.";
+    for (const std::string& text :
+         {"'" + kLongText + "': S1F1 W\r\n" + body, "S1F1 W\r\n" + body + kLongText}) {
+        const ParsedSml whole = ParseSml(text);
+        int failures = 0;
+        for (long request = 1;; ++request) {
+            ASSERT_LT(request, 1000);
+            ParsedSml parsed;
+            if (!FailsRequest(request, [&] { parsed = ParseSml(text); })) break;
+            if (parsed.Error == "out of memory") {
+                ++failures;
+                EXPECT_EQ(parsed.Message, nullptr);
+                EXPECT_FALSE(parsed.IsIncomplete);
+            } else {  // A root missed its name, or a tree could not go in one go.
+                EXPECT_EQ(parsed.Error, whole.Error) << request;
+                EXPECT_EQ(parsed.Message == nullptr, whole.Message == nullptr) << request;
+            }
+        }
+        EXPECT_GT(failures, 5);
+    }
+}
+
 TEST_F(OutOfMemory, DumpsAreEmpty) {
     const Variant bytes(std::vector<std::uint8_t>(1000, 7));
     std::string text;

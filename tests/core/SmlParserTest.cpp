@@ -54,6 +54,7 @@ TEST(SmlParser, RefusesHeadersThatAreNone) {
     EXPECT_EQ(SmlErrorOf("S1F1 X ."), "1:6 expected \"<\" or \".\", found \"X\"");
     EXPECT_EQ(SmlErrorOf(": S1F1 ."), "1:1 expected a name, found \":\"");
     EXPECT_EQ(SmlErrorOf("'S1F1\n' ."), "1:6 expected \"'\", found the end of the line");
+    EXPECT_EQ(SmlErrorOf("'S1F1"), "1:6 expected \"'\", found the end of the text");
 }
 
 TEST(SmlParser, TheClosingPointIsRequiredAndTheLast) {
@@ -103,7 +104,7 @@ TEST(SmlParser, ChecksCounts) {
 
 TEST(SmlParser, SkipsComments) {
     EXPECT_EQ(SmlErrorOf("/* one\n two */ S1F1 /* . */ W // <L>\n.// end"), "");
-    EXPECT_EQ(SmlErrorOf("* a line of its own\nS1F1 W\n  * another <\n.\n*"), "");
+    EXPECT_EQ(SmlErrorOf("* a line of its own\nS1F1 W\n  * another <\n \t * a third >\n.\n*"), "");
     EXPECT_EQ(SmlHex("<L/*two*/<A/**/'x'/* > */><U1 1//2\n3>>"), "01 02 41 01 78 A5 02 01 03");
     EXPECT_EQ(SmlHex("<A 'a /* b */ // c'>"), "41 0E 61 20 2F 2A 20 62 20 2A 2F 20 2F 2F 20 63");
     EXPECT_EQ(SmlHex("<U1 1 * 2>"), "1:12 expected a whole number from 0 to 255, found \"*\"");
@@ -186,6 +187,12 @@ TEST(SmlMessages, ATextThatIsTheBodyEndsBeforeTheNextMessage) {
     const auto messages = ParseSmlMessages("S1F1\r\n< A 'a'\r\n' >\r\n.\r\nS1F2\r\n.");
     ASSERT_EQ(messages.size(), 2U);
     EXPECT_EQ(EncodedHex(messages[0].Message), "41 04 61 27 0D 0A");
+}
+
+TEST(SmlMessages, APointAtTheBeginningOfALineOfATextEndsNoMessage) {
+    const auto messages = ParseSmlMessages("S1F1\r\n< A 'a' >\r\n.b' >\r\n.\r\nS1F2\r\n.");
+    ASSERT_EQ(messages.size(), 2U);
+    EXPECT_EQ(EncodedHex(messages[0].Message), "41 08 61 27 20 3E 0D 0A 2E 62");
 }
 
 TEST(SmlMessages, StopsAtTheFirstError) {

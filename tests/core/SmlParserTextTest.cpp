@@ -57,6 +57,8 @@ TEST(SmlParserText, PartsThatAreNoneAreErrors) {
               "1:9 expected a quoted text or a byte from 0x00 to 0xFF, found \"65\"");
     EXPECT_EQ(TextOf("<A 0x100>"),
               "1:9 expected a quoted text or a byte from 0x00 to 0xFF, found \"0x100\"");
+    EXPECT_EQ(TextOf("<A 0xg1>"),
+              "1:9 expected a quoted text or a byte from 0x00 to 0xFF, found \"0xg1\"");
     EXPECT_EQ(TextOf("<A <"),
               "1:9 expected a quoted text, a byte such as 0x0D or \">\", found "
               "\"<\"");
@@ -69,6 +71,7 @@ TEST(SmlParserText, APieceEndsInItsLine) {
     EXPECT_EQ(TextOf("<A \"abc>\r\n\">"),
               "1:14 expected a closing '\"', found the end of the line");
     EXPECT_EQ(TextOf("<L <A 'abc> <A 'def'>>"), "1:18 expected a closing \"'\", found \"<\"");
+    EXPECT_EQ(TextOf("<L <A 'abc> <A[3] 'def'>>"), "1:18 expected a closing \"'\", found \"<\"");
     EXPECT_EQ(TextOf("<L <A 'abc> < a [3] ' def'>>"), "1:18 expected a closing \"'\", found \"<\"");
 }
 
@@ -162,6 +165,7 @@ TEST(SmlParserText, TextOfAnyFormatIsReadAsItStands) {
     EXPECT_EQ(ShowSmlValue("< V  >"), "Empty");
     EXPECT_EQ(ShowSmlValue("<V 'x"), "1:12 expected \">\", found the end of the text");
     EXPECT_EQ(ShowSmlValue("<V'x'>"), "1:8 expected a blank or \">\", found \"'\"");
+    EXPECT_EQ(ShowSmlValue("<V/* x */>"), "1:8 expected a blank or \">\", found \"/\"");
 }
 
 TEST(SmlParserText, PartsInTheRenderersLayoutAreReadAsParts) {
@@ -192,6 +196,13 @@ TEST(SmlParserText, ALineBreakIsPartOfATextOnlyInTheRenderersLayout) {
               "2:9 expected a closing \"'\", found the end of the line");
     EXPECT_EQ(SmlErrorOf("S1F1\r\n " + item),
               "2:10 expected a closing \"'\", found the end of the line");
+    const auto behindList = [](const std::string& indent) {
+        return "S1F1\r\n< L \r\n  < L \r\n    < U1 1 >\r\n" + indent +
+               " >\r\n  < A 'two\r\nlines' >\r\n >\r\n.";
+    };
+    EXPECT_EQ(SmlErrorOf(behindList("  ")), "");
+    EXPECT_EQ(SmlErrorOf(behindList("\t\t")),
+              "6:11 expected a closing \"'\", found the end of the line");
 }
 
 }  // namespace

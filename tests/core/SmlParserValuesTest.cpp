@@ -147,6 +147,7 @@ TEST(SmlParserValues, FloatingPointNumbersBeyondTheirRangeAreErrors) {
                                    "0x10",
                                    "1e",
                                    "nanx",
+                                   "NaN(7FC00000)",
                                    "-NaN"}) {
         EXPECT_EQ(ShowSmlValue("<F4 " + word + ">"),
                   "1:10 expected a number within the range of F4, found \"" + word + "\"");

@@ -43,6 +43,11 @@ TEST(Fault, EveryNumberHasItsDescription) {
     }
 }
 
+TEST(Fault, OfAnotherNumberIsDescribedAsAnAutomationError) {
+    constexpr std::int32_t kFileNotFound = 53;
+    EXPECT_STREQ(FaultDescription(static_cast<FaultNumber>(kFileNotFound)), "Automation error");
+}
+
 TEST(Fault, NumbersAreThoseThatHostsKnow) {
     EXPECT_EQ(static_cast<int>(FaultNumber::InvalidCall), 5);
     EXPECT_EQ(static_cast<int>(FaultNumber::Overflow), 6);

@@ -147,6 +147,16 @@ TEST(Variant, EmptyArrayIsNotEmptyAndEndsBelowItsLowerBound) {
     EXPECT_EQ(Variant::Array(std::vector<std::int32_t>{}, 1).UpperBound(), 0);
 }
 
+TEST(Variant, ArrayHasNoMoreElementsThanItsBoundsCanTell) {
+    constexpr std::size_t kTooMany = std::size_t{1} << 31U;
+    try {
+        static_cast<void>(Variant::Array(std::vector<bool>(kTooMany)));  // A bit each.
+        FAIL() << "such an array was made";
+    } catch (const Fault& fault) {
+        EXPECT_EQ(fault.Number(), 7);
+    }
+}
+
 TEST(Variant, LowerBoundShiftsTheIndexes) {
     const Variant value = Variant::Array(std::vector<std::int32_t>{10, 20, 30}, 1);
     EXPECT_EQ(value.LowerBound(), 1);

@@ -1,6 +1,8 @@
 #include <hexmire/trans/TransFactory.h>
+#include <hexmire/trans/XmlDictionary.h>
 
 #include "../fakes/FailingMemory.h"
+#include "../fakes/FakeXMLDocument.h"
 #include "../fakes/TransHost.h"
 #include <gtest/gtest.h>
 
@@ -109,6 +111,29 @@ TEST_F(TransOutOfMemory, DeleteWhileTheDictionaryIsWalkedDeletesWhollyOrNotAtAll
         [&] { ExpectOrder(Host.Errors.empty() ? 3 : 4); },
         {"(SECSTrans-Delete) "});
     EXPECT_EQ(entry->Index(), 0);
+}
+
+TEST_F(TransOutOfMemory, ATransactionOfADictionaryFileThatCannotBeMadeIsMissing) {
+    const auto node = fakes::FakeXMLNode::Make("Trans");
+    const TransHost::Reports missing{
+        {7, "(SECSDictionary-AddNewTrans) Out of memory", 0},
+        {91, "(Hexmire-CreateTransObject) Object variable or With block variable not set", 0}};
+    std::int32_t count = Dictionary->TransCount();
+    int failures = 0;
+    for (long request = 1;; ++request) {
+        ASSERT_LT(request, 1000);
+        Host.Errors.clear();
+        const bool reached =
+            FailsRequest(request, [&] { detail::CreateTransObject(*Dictionary, node); });
+        if (Host.Errors == missing) {
+            ++failures;
+        } else {
+            ++count;  // Empty at least: the element says nothing of it.
+        }
+        ExpectOrder(count);
+        if (!reached) break;
+    }
+    EXPECT_GT(failures, 0);
 }
 
 TEST_F(TransOutOfMemory, TextsOfATransaction) {
