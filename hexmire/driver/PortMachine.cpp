@@ -40,6 +40,11 @@ void PortMachine::Configure(const LinkSettings& settings, TimePoint now) {
     if (moved) OnMoved();
 }
 
+void PortMachine::Report(LinkError code, std::string text, TimePoint now) {
+    output_.Now(now);
+    Raise(code, std::move(text));
+}
+
 void PortMachine::OnListening(TimePoint now) {
     output_.Now(now);
     connector_.OnListening();

@@ -26,6 +26,7 @@ public:
     [[nodiscard]] std::optional<TimePoint> LastEnd() const final { return connector_.LastEnd(); }
     void LastEnd(std::optional<TimePoint> end) final { connector_.LastEnd(end); }
     void Configure(const LinkSettings& settings, TimePoint now) final;
+    void Report(LinkError code, std::string text, TimePoint now) final;
 
     void OnListening(TimePoint now) final;
     void OnAcceptFailed(const SystemFailure& failure, TimePoint now) final;

@@ -35,9 +35,7 @@ TransportDriver::Shell::Shell(asio::io_context& loop,
                site,
                statistics_,
                settings_,
-               [this](link::LinkError code, const std::string& details) {
-                   ReportRecordFailed(code, details);
-               }),
+               [this](link::LinkError code, const std::string& details) { Report(code, details); }),
       timer_(loop),
       localResolver_(loop),
       remoteResolver_(loop),
@@ -56,7 +54,7 @@ void TransportDriver::Shell::Open() {
         // Another kind of link: the present one is still saying goodbye.
         const auto fault = CheckLinkSettings(settings_);
         if (!fault) return void(reopening_ = true);
-        events_.Push(link::RaiseError{static_cast<link::LinkError>(fault->Code), fault->Text});
+        machine_->Report(static_cast<link::LinkError>(fault->Code), fault->Text, now);
     });
 }
 
@@ -182,21 +180,21 @@ void TransportDriver::Shell::PerformActions() {
     }
 }
 
+/// It may come from the midst of anything: the machine's error is performed in a turn of its own,
+/// which also does what the failure has left undone.
 void TransportDriver::Shell::ReportInternal(const char* what) noexcept {
     try {
-        ++statistics_.InternalFailures;
-        events_.Push(link::RaiseError{link::LinkError::Internal,
-                                      link::ErrorText(link::LinkError::Internal, what)});
-        ScheduleDelivery();
+        Report(link::LinkError::Internal, what);
     } catch (...) {
         ++statistics_.InternalFailures;  // not even the report could be made
     }
 }
 
-/// It comes from the loop or, when not even a thread can be had, from inside a call.
-void TransportDriver::Shell::ReportRecordFailed(link::LinkError code, const std::string& details) {
-    events_.Push(link::RaiseError{code, link::ErrorText(code, details)});
-    ScheduleDelivery();
+/// A failure of the shell or of its records, at any time.
+void TransportDriver::Shell::Report(link::LinkError code, std::string_view details) {
+    if (events_.IsClosed()) return;
+    ScheduleFlush();
+    machine_->Report(code, link::ErrorText(code, details), Now());
 }
 
 void TransportDriver::Shell::Do(const link::StartTimer& action) {

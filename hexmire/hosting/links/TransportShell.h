@@ -21,6 +21,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -110,7 +111,7 @@ private:
     void Settle(link::TimePoint now);
     void PerformActions();
     void ReportInternal(const char* what) noexcept;
-    void ReportRecordFailed(link::LinkError code, const std::string& details);
+    void Report(link::LinkError code, std::string_view details);
     void Deliver() noexcept;
     void DeliverSome();
     void WriteHeld(link::TimePoint now);
