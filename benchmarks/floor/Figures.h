@@ -30,7 +30,8 @@ public:
     explicit RaceTime(double seconds);
     [[nodiscard]] bool Counts(Clock::time_point now) const noexcept { return now >= begin_; }
     [[nodiscard]] bool Over(Clock::time_point now) const noexcept { return now >= end_; }
-    [[nodiscard]] double Seconds() const;
+    [[nodiscard]] Clock::time_point Begin() const noexcept { return begin_; }
+    [[nodiscard]] Clock::time_point End() const noexcept { return end_; }
 
 private:
     Clock::time_point begin_;
@@ -41,21 +42,29 @@ private:
 class RoundTripTimes {
 public:
     explicit RoundTripTimes(const RaceTime& time);
-    /// One that ends now; it counts when it began in the time that counts.
+    /// One that has ended; it counts when it lies in the time that counts. The first may end later.
     void Add(Clock::time_point begin, Clock::time_point end);
+    /// True when the time is over and something has been counted in it.
+    [[nodiscard]] bool Complete(Clock::time_point now) const noexcept {
+        return time_.Over(now) && !nanoseconds_.empty();
+    }
     /// p50_us, p99_us, per_s, count.
     void Print();
 
 private:
     const RaceTime& time_;
-    std::vector<std::uint32_t> nanoseconds_;
+    std::vector<std::uint64_t> nanoseconds_;
+    Clock::time_point last_;
 };
+
+/// True when RACE_SHORT is set: the figures are of no interest, only that they can be had.
+bool IsShortRace();
 
 /// Nanoseconds of one call: the median of several batches, after some that do not count.
 template <typename Function>
 double NanosecondsOf(Function function) {
-    constexpr auto kWarmUp = std::chrono::milliseconds(60);
-    constexpr auto kBatch = std::chrono::milliseconds(25);
+    const auto warmUp = std::chrono::milliseconds(IsShortRace() ? 1 : 60);
+    const auto batch = std::chrono::milliseconds(IsShortRace() ? 1 : 25);
     constexpr std::size_t kBatches = 7;
     const auto run = [&function](std::size_t calls) {
         const auto begin = Clock::now();
@@ -65,8 +74,8 @@ double NanosecondsOf(Function function) {
     };
     std::size_t calls = 1;
     auto taken = run(calls);
-    for (auto spent = taken; spent < kWarmUp; spent += taken) {
-        if (taken * 2 <= kBatch) calls *= 2;
+    for (auto spent = taken; spent < warmUp; spent += taken) {
+        if (taken * 2 <= batch) calls *= 2;
         taken = run(calls);
     }
     std::vector<double> batches;

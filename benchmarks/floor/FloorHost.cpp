@@ -57,7 +57,7 @@ void RaceRoundTrips(std::uint16_t port,
     RoundTripTimes times(time);
     std::vector<Clock::time_point> begins(open, Clock::now());
     host.Write(frames);
-    for (auto now = Clock::now(); !time.Over(now);) {
+    for (auto now = Clock::now(); !times.Complete(now);) {
         host.Receive();
         now = Clock::now();
         std::size_t replies = 0;
@@ -100,7 +100,7 @@ void RaceBusyLinks(std::uint16_t port, std::uint16_t links, double seconds) {
     std::vector<Clock::time_point> begins(links, Clock::now());
     for (PlainHost& host : hosts)
         host.Write(request);
-    for (auto now = Clock::now(); !time.Over(now);) {
+    for (auto now = Clock::now(); !times.Complete(now);) {
         for (std::size_t i = 0; i < hosts.size(); ++i) {
             hosts[i].Receive();
             hosts[i].Next();

@@ -81,7 +81,7 @@ void Race(Hosts& hosts, int open, double seconds) {
         host->OnReply = [&, sender = host.get()](Clock::time_point begin) {
             const auto now = Clock::now();
             times.Add(begin, now);
-            over = time.Over(now);
+            over = times.Complete(now);
             if (!over) sender->Send();
         };
         for (int i = 0; i < open; ++i)

@@ -40,7 +40,7 @@ class Effort:
 
 SHORT = Effort(
     rounds=1,
-    seconds=0.1,
+    seconds=0.2,
     idle_seconds=0.2,
     starts=1,
     links=(1, 10),
