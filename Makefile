@@ -1,7 +1,6 @@
 # The commands of the project. `make` alone lists them.
 #
-# Settings: JOBS (parallel compilations), FUZZ_SECONDS (each target of `make fuzz`), WRITE_DOCS=1 (`make
-# race` renews docs/performance.md), RACE_ROUNDS and RACE_SECONDS (benchmarks/race/race.py).
+# Settings: JOBS (parallel compilations), FUZZ_SECONDS (each target of `make fuzz`).
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
 CHECK_FUZZ_SECONDS := 20
@@ -9,8 +8,7 @@ CHECK_FUZZ_SECONDS := 20
 .DEFAULT_GOAL := help
 .NOTPARALLEL:
 .PHONY: help setup demo test check check-format check-layers check-words check-dev check-clang \
-        check-network check-tidy check-fuzz bench race race-check \
-        build-race fuzz coverage peers interop man format clean
+        check-network check-tidy check-fuzz bench fuzz coverage peers interop man format clean
 
 help: ## List the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-14s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -78,17 +76,6 @@ bench: ## Run the benchmarks and print the ratios that matter
 	benchmarks/run build/bench
 	benchmarks/log-stream build/bench/apps/hexmire/hexmire
 
-race: build-race ## Run the library beside the peers that are installed, and beside no library; print tables
-	python3 benchmarks/race/race.py build/bench build/race $(if $(WRITE_DOCS),--write-docs)
-
-race-check: build-race ## One quick round of the race, which only shows that everything runs
-	python3 benchmarks/race/race.py build/bench build/race --short
-
-build-race:
-	@scripts/setup bench
-	@cmake --preset bench >/dev/null
-	cmake --build --preset bench -j $(JOBS) --target hexmire_benchmarks floor race_host
-
 coverage: ## Run the tests with counters; print line and branch coverage by folder
 	@scripts/setup check
 	@cmake --preset coverage >/dev/null
@@ -100,12 +87,11 @@ coverage: ## Run the tests with counters; print line and branch coverage by fold
 peers: ## Install independent SECS stacks into build/peers, for `make interop` and benchmarks
 	@scripts/peers
 
-interop: peers ## Run the program against an independent HSMS peer; have tshark read its captures
+interop: peers ## Run the program against independent stacks; have tshark read its captures (2 to 4 minutes)
 	@scripts/setup interop
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release -j $(JOBS) --target hexmire
-	python3 tests/interop/run.py build/release/apps/hexmire/hexmire
-	python3 tests/interop/capture.py build/release/apps/hexmire/hexmire
+	tests/interop/interop.py build/release/apps/hexmire/hexmire --check-docs
 
 man: setup ## Write the manual page from what the program says
 	@cmake --preset release >/dev/null

@@ -10,6 +10,5 @@ void RegisterControl();
 void RegisterLinks();
 void RegisterSecs1();
 void RegisterDictionary();
-void RegisterGrowth();
 
 }  // namespace hexmire::bench

@@ -1,7 +1,5 @@
 #include "Workloads.h"
 
-#include "floor/Figures.h"
-
 #include <array>
 #include <bit>
 #include <cstdio>
@@ -174,17 +172,6 @@ void BuildNested(const SECSItemPtr& root) {
     }
 }
 
-void ReadValue(const Variant& value) {
-    if (value.IsString()) {
-        Keep(value.Text().data());
-    } else if (value.Kind() == VariantKind::DecimalArray) {
-        for (const Decimal& element : value.View<Decimal>())
-            Keep(&element);
-    } else {
-        Keep(&value);
-    }
-}
-
 }  // namespace
 
 const std::vector<Workload>& CodecWorkloads() {
@@ -198,14 +185,18 @@ const std::vector<Workload>& CodecWorkloads() {
     return kWorkloads;
 }
 
-const Workload& EventReport() { return CodecWorkloads().front(); }
-
-void ReadTree(const SECSItemPtr& item) {
-    for (const SECSItemPtr& child : *item) {
-        ReadValue(child->Value());
-        if (child->Format() == FormatList) ReadTree(child);
-    }
+const ByteVector& OnLineData() {
+    static const ByteVector kBytes = [] {
+        ByteVector out;
+        PutHeader(out, FormatList, 2);
+        PutText(out, "EQ-SIM");
+        PutText(out, "1.0.00");
+        return out;
+    }();
+    return kBytes;
 }
+
+const Workload& EventReport() { return CodecWorkloads().front(); }
 
 std::string Difference(std::span<const std::uint8_t> wanted,
                        std::span<const std::uint8_t> encoded) {

@@ -283,13 +283,11 @@ void Connector::SetLive(const Endpoints& ends, bool opener) {
     ends_ = ends;
 }
 
-/// The peer's call may be accepted some time after ours has come through. The equipment waits for
-/// it until the host has spoken on ours; the host stays where it is in any case.
+/// The peer's call may be accepted some time after ours has come through.
 bool Connector::IsCrossing(const Endpoints& ends) const {
-    const bool awaitsCall = !settings_.HostRole && !heard_;
     return IsAlternating() && opener_ && ends.IsCaller &&
            ends.RemoteAddress == ends_.RemoteAddress &&
-           (awaitsCall || output_.Now() - upSince_ < kCrossingWait);
+           (!heard_ || output_.Now() - upSince_ < kCrossingWait);
 }
 
 bool Connector::OnExtraConnected(const Endpoints& ends) {

@@ -150,11 +150,13 @@ void LinkMachine::AbortQueue() {
     }
 }
 
-// --- timers --------------------------------------------------------------------------------------
+// --- timers and actions -------------------------------------------------------------------------
 
 void LinkMachine::OnTimer(TimerId id, link::TimePoint now) {
     output_.Now(now);
     DispatchTimer(id);
 }
+
+void LinkMachine::TakeActions(std::vector<link::Action>& into) { output_.TakeActions(into); }
 
 }  // namespace hexmire::hsms

@@ -10,6 +10,7 @@ import os
 import socket
 import sys
 import threading
+import time
 
 import secsgem.common
 import secsgem.hsms
@@ -17,6 +18,7 @@ import secsgem.secs
 import secsgem.secs.variables
 import secsgem.secsi
 import secsgem.secsitcp
+from secsgem.hsms.connection_state_machine import ConnectionState
 
 TIMES = ["t1", "t2", "t3", "t4", "t5", "t6", "t7", "t8"]
 IDENTITY = {"host": "0100", "equipment": "0102" + "410450454552" + "4103312e30"}
@@ -85,7 +87,12 @@ class Chosen:
 
 
 class Hsms(Chosen, secsgem.hsms.HsmsProtocol):
-    pass
+    """A Select.req that comes before the stack has noted its connection leaves it unselected for good."""
+
+    def _process_received_data(self):
+        while self._connected and self._connection_state.current == ConnectionState.NOT_CONNECTED:
+            time.sleep(0.001)
+        super()._process_received_data()
 
 
 class SecsI(Chosen, secsgem.secsi.SecsIProtocol):
