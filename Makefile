@@ -1,6 +1,7 @@
 # The commands of the project. `make` alone lists them.
 #
-# Settings: JOBS (parallel compilations), FUZZ_SECONDS (each target of `make fuzz`).
+# Settings: JOBS (parallel compilations), FUZZ_SECONDS (each target of `make fuzz`), WRITE_DOCS=1 (`make
+# race` renews docs/performance.md), RACE_ROUNDS and RACE_SECONDS (benchmarks/race/race.py).
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
 CHECK_FUZZ_SECONDS := 20
@@ -8,7 +9,8 @@ CHECK_FUZZ_SECONDS := 20
 .DEFAULT_GOAL := help
 .NOTPARALLEL:
 .PHONY: help setup demo test check check-format check-layers check-words check-dev check-clang \
-        check-network check-tidy check-fuzz bench fuzz coverage peers interop man format clean
+        check-network check-tidy check-fuzz bench race race-check \
+        build-race fuzz coverage peers interop man format clean
 
 help: ## List the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-14s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -75,6 +77,17 @@ bench: ## Run the benchmarks and print the ratios that matter
 	cmake --build --preset bench -j $(JOBS) --target hexmire_benchmarks hexmire
 	benchmarks/run build/bench
 	benchmarks/log-stream build/bench/apps/hexmire/hexmire
+
+race: build-race ## Run the library beside the peers that are installed, and beside no library; print tables
+	python3 benchmarks/race/race.py build/bench build/race $(if $(WRITE_DOCS),--write-docs)
+
+race-check: build-race ## One quick round of the race, which only shows that everything runs
+	python3 benchmarks/race/race.py build/bench build/race --short
+
+build-race:
+	@scripts/setup bench
+	@cmake --preset bench >/dev/null
+	cmake --build --preset bench -j $(JOBS) --target hexmire_benchmarks floor race_host
 
 coverage: ## Run the tests with counters; print line and branch coverage by folder
 	@scripts/setup check

@@ -10,5 +10,6 @@ void RegisterControl();
 void RegisterLinks();
 void RegisterSecs1();
 void RegisterDictionary();
+void RegisterGrowth();
 
 }  // namespace hexmire::bench

@@ -17,24 +17,6 @@ namespace hexmire::bench {
 
 namespace {
 
-void ReadValue(const Variant& value) {
-    if (value.IsString()) {
-        benchmark::DoNotOptimize(value.Text().data());
-    } else if (value.Kind() == VariantKind::DecimalArray) {
-        for (const Decimal& element : value.View<Decimal>())
-            benchmark::DoNotOptimize(&element);
-    } else {
-        benchmark::DoNotOptimize(&value);
-    }
-}
-
-void ReadTree(const SECSItemPtr& item) {
-    for (const SECSItemPtr& child : *item) {
-        ReadValue(child->Value());
-        if (child->Format() == FormatList) ReadTree(child);
-    }
-}
-
 void SetBytes(benchmark::State& state, const Workload& workload) {
     state.SetBytesProcessed(static_cast<std::int64_t>(workload.Bytes.size()) * state.iterations());
 }
@@ -89,34 +71,6 @@ void Sml(benchmark::State& state) {
         benchmark::DoNotOptimize(RenderSml(*message, true).data());
 }
 
-/// A list that a host fills one item at a time.
-void BuildTree(benchmark::State& state) {
-    for (auto _ : state) {
-        const SECSMessagePtr message = New<SECSMessage>();
-        const SECSItemPtr list = message->Root()->AddNew(1);
-        list->Format(FormatList);
-        for (std::int64_t i = 0; i < state.range(0); ++i) {
-            list->AddNew(list->ItemCount() + 1)->Format(FormatU4);
-        }
-        benchmark::DoNotOptimize(list->ItemCount());
-    }
-    state.SetItemsProcessed(state.range(0) * state.iterations());
-}
-
-/// Every item of a list looked up by its position.
-void LookUp(benchmark::State& state) {
-    const SECSMessagePtr message = New<SECSMessage>();
-    const SECSItemPtr list = message->Root()->AddNew(1);
-    list->Format(FormatList);
-    for (std::int64_t i = 0; i < state.range(0); ++i)
-        list->AddNew(list->ItemCount() + 1);
-    for (auto _ : state) {
-        for (std::int32_t i = 1; i <= state.range(0); ++i)
-            benchmark::DoNotOptimize(list->Item(i));
-    }
-    state.SetItemsProcessed(state.range(0) * state.iterations());
-}
-
 }  // namespace
 
 void RegisterCodec() {
@@ -131,8 +85,6 @@ void RegisterCodec() {
         add("Encode", Encode);
     }
     benchmark::RegisterBenchmark("Sml/a", Sml);
-    benchmark::RegisterBenchmark("BuildTree", BuildTree)->Arg(1'024)->Arg(65'536);
-    benchmark::RegisterBenchmark("LookUp", LookUp)->Arg(1'024)->Arg(65'536);
 }
 
 }  // namespace hexmire::bench

@@ -73,8 +73,14 @@ void Tick(benchmark::State& state) {
 }  // namespace
 
 void RegisterControl() {
-    benchmark::RegisterBenchmark("SendAndReceive", SendAndReceive)->Arg(1)->Arg(100)->Arg(10'000);
-    benchmark::RegisterBenchmark("Tick", Tick)->Arg(100)->Arg(10'000)->Iterations(100);
+    benchmark::RegisterBenchmark("Growth/table: send and take the reply", SendAndReceive)
+        ->Arg(1)
+        ->Arg(100)
+        ->Arg(10'000);
+    benchmark::RegisterBenchmark("Growth/table: one second of T3", Tick)
+        ->Arg(100)
+        ->Arg(10'000)
+        ->Iterations(100);
 }
 
 }  // namespace hexmire::bench

@@ -6,8 +6,9 @@
 #include <hexmire/hosting/EventLoop.h>
 
 #include "Benchmarks.h"
-#include "PlainPeer.h"
 #include "Workloads.h"
+#include "floor/PlainEquipment.h"
+#include "floor/PlainHost.h"
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -15,6 +16,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -25,22 +27,18 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kPatience = 10s;
-constexpr std::size_t kFrameOverhead = 14;
 
 /// What is exchanged.
 struct Exchange {
     std::string Name;
     std::int32_t Stream;
     std::int32_t Function;
+    std::function<void(const SECSItemPtr& root)> Build;  ///< fills the primary; empty: no body
 };
 
-/// The bytes of both directions.
 const ByteVector& RequestBody(const Exchange& exchange) {
     static const ByteVector kNone;
-    return exchange.Stream == 1 ? kNone : EventReport().Bytes;
-}
-const ByteVector& ReplyBody(const Exchange& exchange) {
-    return exchange.Stream == 1 ? OnLineData() : EventReport().Bytes;
+    return exchange.Build ? EventReport().Bytes : kNone;
 }
 
 void Plain(benchmark::State& state, const Exchange& exchange) {
@@ -51,13 +49,13 @@ void Plain(benchmark::State& state, const Exchange& exchange) {
     for (std::size_t i = 0; i < open; ++i) {
         const auto frame = HsmsFrame(static_cast<std::uint8_t>(exchange.Stream | 0x80),
                                      static_cast<std::uint8_t>(exchange.Function),
-                                     0,
+                                     Data,
                                      static_cast<std::uint32_t>(i + 1),
                                      RequestBody(exchange));
         frames.insert(frames.end(), frame.begin(), frame.end());
     }
     for (auto _ : state) {
-        host.Exchange(frames, open * (kFrameOverhead + ReplyBody(exchange).size()));
+        host.Exchange(frames, open);
     }
     state.SetItemsProcessed(state.range(0) * state.iterations());
 }
@@ -117,7 +115,7 @@ private:
         trans->Primary()->Func(exchange.Function);
         trans->Secondary()->Stream(exchange.Stream);
         trans->Secondary()->Func(exchange.Function + 1);
-        if (exchange.Stream != 1) EventReport().Build(trans->Primary()->Root());
+        if (exchange.Build) exchange.Build(trans->Primary()->Root());
     }
 
     PlainEquipment equipment_;
@@ -139,10 +137,28 @@ void RoundTrip(benchmark::State& state, const Exchange& exchange, bool messageLo
     state.SetItemsProcessed(state.range(0) * state.iterations());
 }
 
+/// A text that comes back; the elements are its bytes.
+void EchoText(benchmark::State& state) {
+    const auto fill = [&](const SECSItemPtr& root) {
+        const SECSItemPtr item = root->AddNew(1);
+        item->Format(FormatAscii);
+        item->Value(std::string(static_cast<std::size_t>(state.range(0)), 'x'));
+    };
+    ConnectedHost host({"S2F101", 2, 101, fill}, false);
+    for (auto _ : state) {
+        if (!host.RoundTrips(1)) {
+            state.SkipWithError("a reply did not come");
+            break;
+        }
+    }
+    state.SetItemsProcessed(state.range(0) * state.iterations());
+}
+
 }  // namespace
 
 void RegisterLinks() {
-    for (const Exchange& exchange : {Exchange{"S1F1", 1, 1}, Exchange{"S2F101", 2, 101}}) {
+    for (const Exchange& exchange :
+         {Exchange{"S1F1", 1, 1, {}}, Exchange{"S2F101", 2, 101, EventReport().Build}}) {
         const auto add = [&exchange](const char* subject, auto function) {
             benchmark::RegisterBenchmark((std::string(subject) + "/" + exchange.Name).c_str(),
                                          function)
@@ -156,6 +172,9 @@ void RegisterLinks() {
         add("RoundTripLogged",
             [exchange](benchmark::State& state) { RoundTrip(state, exchange, true); });
     }
+    benchmark::RegisterBenchmark("Growth/text: send a byte and take it back", EchoText)
+        ->ArgsProduct({{1 << 10, 1 << 13, 1 << 16, 1 << 19, 1 << 22}})
+        ->UseRealTime();
 }
 
 }  // namespace hexmire::bench

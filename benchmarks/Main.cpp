@@ -10,6 +10,7 @@ int main(int count, char** arguments) {
     hexmire::bench::RegisterLinks();
     hexmire::bench::RegisterSecs1();
     hexmire::bench::RegisterDictionary();
+    hexmire::bench::RegisterGrowth();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

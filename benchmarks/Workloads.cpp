@@ -1,5 +1,7 @@
 #include "Workloads.h"
 
+#include "floor/Figures.h"
+
 #include <array>
 #include <bit>
 #include <cstdio>
@@ -172,6 +174,17 @@ void BuildNested(const SECSItemPtr& root) {
     }
 }
 
+void ReadValue(const Variant& value) {
+    if (value.IsString()) {
+        Keep(value.Text().data());
+    } else if (value.Kind() == VariantKind::DecimalArray) {
+        for (const Decimal& element : value.View<Decimal>())
+            Keep(&element);
+    } else {
+        Keep(&value);
+    }
+}
+
 }  // namespace
 
 const std::vector<Workload>& CodecWorkloads() {
@@ -185,18 +198,14 @@ const std::vector<Workload>& CodecWorkloads() {
     return kWorkloads;
 }
 
-const ByteVector& OnLineData() {
-    static const ByteVector kBytes = [] {
-        ByteVector out;
-        PutHeader(out, FormatList, 2);
-        PutText(out, "EQ-SIM");
-        PutText(out, "1.0.00");
-        return out;
-    }();
-    return kBytes;
-}
-
 const Workload& EventReport() { return CodecWorkloads().front(); }
+
+void ReadTree(const SECSItemPtr& item) {
+    for (const SECSItemPtr& child : *item) {
+        ReadValue(child->Value());
+        if (child->Format() == FormatList) ReadTree(child);
+    }
+}
 
 std::string Difference(std::span<const std::uint8_t> wanted,
                        std::span<const std::uint8_t> encoded) {

@@ -25,10 +25,11 @@ struct Workload {
 /// million values.  d: one ASCII item of 1 MiB.  e: 50 lists one inside the other.
 const std::vector<Workload>& CodecWorkloads();
 
-/// The S1F2 body L{A 'EQ-SIM', A '1.0.00'}.
-const ByteVector& OnLineData();
 /// The event report of workload a.
 const Workload& EventReport();
+
+/// Reads the value of every item below this one.
+void ReadTree(const SECSItemPtr& item);
 
 /// Empty when the message encodes to the wanted bytes, a true Boolean being any byte but 0;
 /// otherwise what differs.

@@ -14,7 +14,7 @@ PAIRS = [
     *[(f"{what}/{name}", f"PlainWalk/{name}") for name in "abcde" for what in ("Decode", "Encode")],
     ("WriteHex/1048576", "PlainCopy/1048576"),
     ("ReadHex/1048576", "PlainCopy/1048576"),
-    ("SendAndReceive/10000", "SendAndReceive/1"),
+    ("Growth/table: send and take the reply/10000", "Growth/table: send and take the reply/1"),
     ("LoadDictionary", "PlainReadDictionary"),
     *[
         (f"{what}/{name}/{count}/real_time", f"PlainRoundTrip/{name}/{count}/real_time")
@@ -47,16 +47,16 @@ def main():
     report = json.load(sys.stdin)
     failed = [run["name"] for run in report["benchmarks"] if run.get("error_occurred")]
     measured = times(report)
-    print(f"{'benchmark':<34}{'us':>12}   {'measure':<34}{'us':>12}{'ratio':>9}")
+    print(f"{'benchmark':<45}{'us':>12}   {'measure':<41}{'us':>12}{'ratio':>9}")
     for name, measure in PAIRS:
         if name in measured and measure in measured:
             ratio = measured[name] / measured[measure]
-            print(f"{name:<34}{measured[name]:>12.2f}   {measure:<34}{measured[measure]:>12.2f}{ratio:>9.1f}")
+            print(f"{name:<45}{measured[name]:>12.2f}   {measure:<41}{measured[measure]:>12.2f}{ratio:>9.1f}")
     for name, count, least in COUNTERS:
         for run in report["benchmarks"]:
             if run["run_name"] == name and run.get("aggregate_name") == "median":
                 ratio = run[count] / run[least]
-                print(f"{count:<34}{run[count]:>12.2f}   {least:<34}{run[least]:>12.2f}{ratio:>9.3f}")
+                print(f"{count:<45}{run[count]:>12.2f}   {least:<41}{run[least]:>12.2f}{ratio:>9.3f}")
     for name in failed:
         print(f"{name} failed")
     return 1 if failed else 0

@@ -159,6 +159,7 @@ std::optional<T> ReadFloat(std::string_view word) {
     if (!number) return std::nullopt;
     if (number->Digits.empty()) return isNegative ? -T{0} : T{0};
     T value = 0;
+    // Beyond the range some libraries tell an error, others give infinity or zero.
     const auto error = std::from_chars(rest.data(), rest.data() + rest.size(), value).ec;
     if (error != std::errc() || !std::isfinite(value) || value == 0) return std::nullopt;
     return isNegative ? -value : value;

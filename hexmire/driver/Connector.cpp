@@ -283,11 +283,13 @@ void Connector::SetLive(const Endpoints& ends, bool opener) {
     ends_ = ends;
 }
 
-/// The peer's call may be accepted some time after ours has come through.
+/// The peer's call may be accepted some time after ours has come through. The equipment waits for
+/// it until the host has spoken on ours; the host stays where it is in any case.
 bool Connector::IsCrossing(const Endpoints& ends) const {
+    const bool awaitsCall = !settings_.HostRole && !heard_;
     return IsAlternating() && opener_ && ends.IsCaller &&
            ends.RemoteAddress == ends_.RemoteAddress &&
-           (!heard_ || output_.Now() - upSince_ < kCrossingWait);
+           (awaitsCall || output_.Now() - upSince_ < kCrossingWait);
 }
 
 bool Connector::OnExtraConnected(const Endpoints& ends) {

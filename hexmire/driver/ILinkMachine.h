@@ -65,6 +65,8 @@ public:
     virtual void Send(std::span<const std::uint8_t> header,
                       std::span<const std::uint8_t> body,
                       TimePoint now) = 0;
+    /// A failure of the shell itself, or a call that it refuses: told like the errors of the link.
+    virtual void Report(LinkError code, std::string text, TimePoint now) = 0;
 
     // --- what the shell has seen -----------------------------------------------------------------
     virtual void OnListening(TimePoint now) = 0;

@@ -119,9 +119,13 @@ Fault CheckSerialPort(const LinkSettings& settings) {
 
 }  // namespace
 
-std::optional<SettingsFault> CheckLinkSettings(const LinkSettings& settings) {
+std::optional<SettingsFault> CheckSettingRanges(const LinkSettings& settings) {
     if (Fault fault = CheckNumbers(settings)) return fault;
-    if (Fault fault = CheckTimers(settings)) return fault;
+    return CheckTimers(settings);
+}
+
+std::optional<SettingsFault> CheckLinkSettings(const LinkSettings& settings) {
+    if (Fault fault = CheckSettingRanges(settings)) return fault;
     const auto type = static_cast<LinkPortType>(settings.PortType);
     return type == LinkPortType::Serial ? CheckSerialPort(settings) : CheckEndpoints(settings);
 }

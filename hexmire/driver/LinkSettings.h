@@ -102,6 +102,9 @@ struct SettingsFault {
     bool operator==(const SettingsFault&) const = default;
 };
 
+/// The first value that is outside its own range, whatever the others are; none when there is none.
+[[nodiscard]] std::optional<SettingsFault> CheckSettingRanges(const LinkSettings& settings);
+
 /// The first fault that would keep a link with these settings from ever working; none when there is
 /// none. The name of the serial port, addresses and ports are looked at only where the port type
 /// and mode use them.

@@ -16,7 +16,7 @@ public:
 
 private:
     // Logs and traces ask many times within one second: its calendar is worked out once.
-    mutable std::chrono::sys_seconds second_{};
+    mutable std::chrono::sys_seconds second_ = std::chrono::sys_seconds::min();
     mutable ClockReading reading_{};
 };
 

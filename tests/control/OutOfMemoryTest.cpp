@@ -264,5 +264,23 @@ TEST(ControlOutOfMemory, ThrowingHandlersWithoutMemoryStillLeaveTheirCode) {
     }
 }
 
+TEST(ControlOutOfMemory, AFaultWhoseWordsFindNoMemoryLeavesNumberSeven) {
+    TestHost host(false);
+    const std::runtime_error error(std::string(300, 'w'));
+    int calls = 0;
+    host.Control().Events().Error = [&](std::int32_t, const std::string&, std::int32_t) {
+        ++calls;
+        throw error;
+    };
+    const auto report = [&] {
+        detail::HexmireAccess::TriggerError(host.Control(), 1003, "first", 0);
+    };
+    EXPECT_TRUE(FailsRequest(1, report));
+    EXPECT_EQ(calls, 1);  // Nothing is left to tell the fault with.
+    EXPECT_EQ(host.Control().ErrorCode(), 7);
+    report();
+    EXPECT_EQ(host.Control().ErrorCode(), 440);
+}
+
 }  // namespace
 }  // namespace hexmire

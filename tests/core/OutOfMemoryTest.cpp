@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -320,6 +321,7 @@ TEST_F(OutOfMemory, TextOfAnErrorIsEmpty) {
 }
 
 TEST_F(OutOfMemory, RejectedValueStaysOutWhateverBecomesOfTheReport) {
+    std::set<std::string> missed;
     for (long request = 1; request < 30; ++request) {
         Site.Errors.clear();
         FailsRequest(request, [&] {
@@ -331,7 +333,15 @@ TEST_F(OutOfMemory, RejectedValueStaysOutWhateverBecomesOfTheReport) {
         EXPECT_EQ(List->NLB(), 0);
         EXPECT_EQ(Subject->Stream(), 0);
         EXPECT_GE(Site.Errors.size(), 2U);
+        for (const auto& error : Site.Errors) {
+            if (error.Code == 7) missed.insert(error.Text);
+        }
     }
+    EXPECT_EQ(missed,
+              (std::set<std::string>{"(ModErrorMsg-FormatErrorMsg) Out of memory",
+                                     "(SECSItem-Let Format) Out of memory",
+                                     "(SECSItem-Let NLB) Out of memory",
+                                     "(SECSMessage-Let Stream) Out of memory"}));
 }
 
 TEST_F(OutOfMemory, TearDownEmptiesTheTreeAllTheSame) {

@@ -520,6 +520,22 @@ TEST_F(ConnectorTest, TheHostKeepsItsOwnConnectionWhenThePeersCallComesLater) {
     EXPECT_EQ(Statistics.CrossingsResolved, 1U);
 }
 
+TEST_F(ConnectorTest, ALateCallerOfAnIdleHostIsExtra) {
+    Use(kAlternating, true);
+    Begin();
+    Link.OnConnected(kOwn);
+    Take();
+    At(499ms);
+    EXPECT_TRUE(Link.IsCrossing(kPeer));
+    At(500ms);
+    EXPECT_FALSE(Link.IsCrossing(kPeer)) << "whether or not the peer has spoken";
+    EXPECT_FALSE(Link.OnExtraConnected(kPeer));
+    EXPECT_EQ(Take(), "Error 3041 Extra connection refused: 10.0.0.2:40001; refuse");
+    EXPECT_TRUE(Link.IsOpener());
+    EXPECT_EQ(Statistics.CrossingsResolved, 0U);
+    EXPECT_EQ(Statistics.ExtraConnections, 1U);
+}
+
 TEST_F(ConnectorTest, TheEquipmentGivesUpItsAttemptForACaller) {
     Use(kAlternating, false);
     Begin();

@@ -1,8 +1,8 @@
 #include <hexmire/hosting/ApplicationFolder.h>
-#include <hexmire/hosting/LocalTime.h>
 #include <hexmire/hosting/PosixFiles.h>
 
 #include "TempFolder.h"
+#include "Zone.h"
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,15 +10,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
+#include <iterator>
 #include <string>
+#include <vector>
 
 namespace hexmire {
 namespace {
 
 using fakes::TempFolder;
+using fakes::Zone;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
@@ -77,6 +80,18 @@ TEST_F(PosixFilesTest, append_does_not_wait_on_a_pipe_that_nobody_reads) {
     EXPECT_FALSE(files_.Append(folder_ / "pipe", "x"));
 }
 
+TEST_F(PosixFilesTest, nothing_stays_open) {
+    const auto openDescriptors = [] {
+        const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+        return std::distance(begin(descriptors), end(descriptors));
+    };
+    const auto before = openDescriptors();
+    EXPECT_TRUE(files_.Append(folder_ / "a.log", "x"));
+    EXPECT_FALSE(files_.Append("/dev/full", "x"));
+    EXPECT_THAT(files_.ListFiles(folder_.Path(), "", ".log"), ElementsAre("a.log"));
+    EXPECT_EQ(openDescriptors(), before);
+}
+
 TEST_F(PosixFilesTest, path_with_a_nul_byte_is_no_path) {
     const std::string path = (folder_ / "a") + std::string("\0b", 2);
     EXPECT_FALSE(files_.Append(path, "x"));
@@ -119,6 +134,15 @@ TEST_F(PosixFilesTest, list_holds_regular_files_only) {
     EXPECT_THAT(files_.ListFiles(folder_.Path(), "SECSII", ".log"), ElementsAre("SECSII.log"));
 }
 
+TEST_F(PosixFilesTest, list_comes_in_the_order_of_the_folder) {
+    for (const char* name : {"c.log", "a.log", "d.log", "b.log"})
+        folder_.Write(name, "");
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.Path()))
+        names.push_back(entry.path().filename().string());
+    EXPECT_EQ(files_.ListFiles(folder_.Path(), "", ".log"), names);
+}
+
 TEST_F(PosixFilesTest, list_of_no_folder_is_the_current_directory) {
     const auto before = std::filesystem::current_path();
     folder_.Write("here.log", "");
@@ -140,7 +164,10 @@ TEST_F(PosixFilesTest, modified_date_is_the_local_date) {
     const timespec times[] = {{.tv_sec = 0, .tv_nsec = 0},
                               {.tv_sec = system_clock::to_time_t(moment), .tv_nsec = 0}};
     ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-    EXPECT_EQ(files_.ModifiedDate(path), LocalTime(moment).Date);
+    const Zone zone("JST-9");
+    EXPECT_EQ(files_.ModifiedDate(path), 2023y / 3 / 1);
+    Zone::Set("PST8");
+    EXPECT_EQ(files_.ModifiedDate(path), 2023y / 2 / 28);
     EXPECT_EQ(files_.ModifiedDate(folder_ / "missing"), std::nullopt);
 }
 

@@ -1,40 +1,18 @@
 #include <hexmire/hosting/LocalTime.h>
 #include <hexmire/hosting/SystemClock.h>
 
+#include "Zone.h"
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <time.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <optional>
-#include <string>
 
 namespace hexmire {
 namespace {
 
 using namespace std::chrono_literals;
+using fakes::Zone;
 using std::chrono::sys_days;
 using std::chrono::system_clock;
-
-/// The zone of the process for the time of one test.
-class Zone {
-public:
-    explicit Zone(const char* name) {
-        if (const char* before = std::getenv("TZ")) before_ = before;
-        Set(name);
-    }
-    Zone(const Zone&) = delete;
-    Zone& operator=(const Zone&) = delete;
-    ~Zone() {
-        before_ ? ::setenv("TZ", before_->c_str(), 1) : ::unsetenv("TZ");
-        ::tzset();
-    }
-    static void Set(const char* name) { ::setenv("TZ", name, 1); }
-
-private:
-    std::optional<std::string> before_;
-};
 
 constexpr auto kSummerTimeBegins = sys_days(2024y / 3 / 31) + 1h;  // 01:00 UTC, Central Europe
 
@@ -92,6 +70,28 @@ TEST(SystemClock, reads_the_present_in_one_sample) {
     EXPECT_LE(count(before), count(now));
     EXPECT_LE(count(now), count(after));
     EXPECT_LT(now.TimeOfDay, 24h);
+}
+
+TEST(SystemClock, shows_what_the_zone_shows_at_that_moment) {
+    const Zone zone("CET-1CEST,M3.5.0,M10.5.0/3");
+    const SystemClock clock;
+    for (const auto step : {-1ms, 0ms, 999ms, 1000ms, 500ms, -1000ms})
+        EXPECT_EQ(clock.At(kSummerTimeBegins + step), LocalTime(kSummerTimeBegins + step));
+}
+
+TEST(SystemClock, follows_a_change_of_the_zone_within_a_second) {
+    const auto moment = sys_days(2024y / 3 / 5) + 12h;
+    const Zone zone("UTC0");
+    const SystemClock clock;
+    EXPECT_EQ(clock.At(moment).TimeOfDay, 12h);
+    Zone::Set("AAA-3");
+    EXPECT_EQ(clock.At(moment + 1s).TimeOfDay, 15h + 1s);
+}
+
+TEST(SystemClock, shows_the_first_second_of_1970) {
+    const Zone zone("UTC0");
+    EXPECT_EQ(SystemClock().At(sys_days(1970y / 1 / 1) + 420ms),
+              (ClockReading{1970y / 1 / 1, 420ms}));
 }
 
 }  // namespace

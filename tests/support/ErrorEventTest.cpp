@@ -185,6 +185,19 @@ TEST(ErrorEventOfSeveralControls, InsideAHandlerFreeRoutinesReportToItsControl) 
     EXPECT_TRUE(second.Errors.empty());
 }
 
+TEST(ErrorEventOfSeveralControls, AReportMakesTheControlThatRaisesItTheCurrentOne) {
+    TestHost first;
+    TestHost second;
+    std::vector<std::int32_t> codes;
+    first.Control().Events().Error = [&](std::int32_t code, const std::string&, std::int32_t) {
+        codes.push_back(code);
+        if (code == 5) static_cast<void>(ModGeneral::lLBitShift(1, 31));
+    };
+    HexmireAccess::TriggerError(first.Control(), 5, "", 0);
+    EXPECT_EQ(codes, (std::vector<std::int32_t>{5, 6}));
+    EXPECT_TRUE(second.Errors.empty());
+}
+
 TEST(ErrorEventOfSeveralControls, LastOnesEndHandsOverToTheOneBefore) {
     TestHost first;
     {

@@ -224,8 +224,10 @@ TEST_F(LogSweep, WithoutANameNothingIsSwept) {
     CLogFile unnamed(Files, Clock, Owner.Ref());
     AddFile("C:\\Log\\SECSII_a.log", 1000);
     AddFile("C:\\Log\\.log", 1000);
+    AddFile("SECSII_a.log", 1000);  // What a search of no folder would come upon.
     unnamed.DeleteBackup("C:\\Log");
     EXPECT_EQ(Files.Deleted, Texts{});
+    EXPECT_TRUE(Files.Listed.empty());
 }
 
 }  // namespace

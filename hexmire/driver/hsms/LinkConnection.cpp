@@ -22,54 +22,20 @@ constexpr std::chrono::milliseconds kLongestClose{2'000};
 
 // --- commands ------------------------------------------------------------------------------------
 
-void LinkMachine::Open(link::TimePoint now) {
-    output_.Now(now);
-    if (open_) return;
-    if (const auto fault = CheckLinkSettings(settings_)) {
-        return Raise(static_cast<LinkError>(fault->Code), fault->Text);
-    }
-    open_ = true;
-    connector_.Open();
-    Expect(state_->OnOpen);
-}
+void LinkMachine::OnOpen() { Expect(state_->OnOpen); }
 
-void LinkMachine::Close(link::TimePoint now) {
-    output_.Now(now);
-    if (!open_) return;
-    open_ = false;
-    Expect(state_->OnClose);
-}
+void LinkMachine::OnClose() { Expect(state_->OnClose); }
 
-void LinkMachine::Configure(const LinkSettings& settings, link::TimePoint now) {
-    output_.Now(now);
-    if (open_) {
-        if (const auto fault = CheckLinkSettings(settings)) {
-            return Raise(static_cast<LinkError>(fault->Code), fault->Text);
-        }
-    }
-    const bool elsewhere = settings.HSMSConnectionMode != settings_.HSMSConnectionMode ||
-                           settings.LocalIPAddress != settings_.LocalIPAddress ||
-                           settings.LocalIPPort != settings_.LocalIPPort;
-    settings_ = settings;
-    if (elsewhere && state_->OnReconfigured != nullptr) Go(state_->OnReconfigured(*this));
+void LinkMachine::OnMoved() {
+    if (state_->OnMoved != nullptr) Go(state_->OnMoved(*this));
 }
 
 // --- inputs --------------------------------------------------------------------------------------
-
-void LinkMachine::OnListening(link::TimePoint now) {
-    output_.Now(now);
-    connector_.OnListening();
-}
 
 void LinkMachine::OnListenFailed(const link::SystemFailure& failure, link::TimePoint now) {
     output_.Now(now);
     failure_ = failure;
     Expect(state_->OnListenFailed);
-}
-
-void LinkMachine::OnAcceptFailed(const link::SystemFailure& failure, link::TimePoint now) {
-    output_.Now(now);
-    connector_.OnAcceptFailed(failure);
 }
 
 void LinkMachine::OnConnected(const link::Endpoints& endpoints, link::TimePoint now) {
@@ -203,7 +169,7 @@ LinkMachine::Next LinkMachine::CrossingTimedOut(LinkMachine& link) {
 }
 
 /// Another mode or listening address; an attempt under way is left to its end.
-LinkMachine::Next LinkMachine::AfterSettings(LinkMachine& link) {
+LinkMachine::Next LinkMachine::AfterMove(LinkMachine& link) {
     return link.connector_.IsTrying() ? nullptr : &kNotConnected;
 }
 

@@ -1,11 +1,8 @@
 #pragma once
 
 #include <hexmire/driver/BodyCheck.h>
-#include <hexmire/driver/Connector.h>
-#include <hexmire/driver/ILinkMachine.h>
-#include <hexmire/driver/LinkOutput.h>
-#include <hexmire/driver/LinkStatistics.h>
 #include <hexmire/driver/OpenTransactions.h>
+#include <hexmire/driver/PortMachine.h>
 #include <hexmire/driver/SystemBytesMap.h>
 #include <hexmire/driver/hsms/FrameParser.h>
 #include <hexmire/driver/hsms/OutboundQueue.h>
@@ -27,28 +24,18 @@ namespace hexmire::hsms {
 ///
 /// The rows of its state table are CLOSED, NOT CONNECTED, NOT SELECTED, SELECTED, and for the
 /// orderly end of a connection that this side closes DESELECTING (only if so set) and ENDING.
-class LinkMachine final : public link::ILinkMachine {
+class LinkMachine final : public link::PortMachine {
 public:
     /// Counts what it tolerates and refuses in `statistics`, which outlives it. `seed` spreads the
     /// connect attempts of an alternating link.
     LinkMachine(LinkSettings settings, LinkStatistics& statistics, std::uint32_t seed = 1);
 
-    void Open(link::TimePoint now) override;
-    void Close(link::TimePoint now) override;
-    [[nodiscard]] bool IsOpen() const override { return open_; }
     [[nodiscard]] bool IsOver() const override { return state_ == &kClosed; }
-    [[nodiscard]] std::optional<link::TimePoint> LastEnd() const override {
-        return connector_.LastEnd();
-    }
-    void LastEnd(std::optional<link::TimePoint> end) override { connector_.LastEnd(end); }
-    void Configure(const LinkSettings& settings, link::TimePoint now) override;
     void Send(std::span<const std::uint8_t> header,
               std::span<const std::uint8_t> body,
               link::TimePoint now) override;
 
-    void OnListening(link::TimePoint now) override;
     void OnListenFailed(const link::SystemFailure& failure, link::TimePoint now) override;
-    void OnAcceptFailed(const link::SystemFailure& failure, link::TimePoint now) override;
     void OnConnected(const link::Endpoints& endpoints, link::TimePoint now) override;
     void OnConnectFailed(const link::SystemFailure& failure, link::TimePoint now) override;
     void OnBytes(std::span<const std::uint8_t> bytes, link::TimePoint now) override;
@@ -58,7 +45,6 @@ public:
     void OnTimer(link::TimerId id, link::TimePoint now) override;
     void OnConsumed(std::size_t count, link::TimePoint now) override;
 
-    void TakeActions(std::vector<link::Action>& into) override;
     std::size_t Output(std::span<std::span<const std::uint8_t>> views) override;
     [[nodiscard]] bool HasOutput() const override { return !queue_.IsEmpty(); }
 
@@ -93,6 +79,9 @@ private:
     void DispatchTimer(link::TimerId id);
 
     // LinkConnection.cpp: getting connected, and the end of connections
+    void OnOpen() override;
+    void OnClose() override;
+    void OnMoved() override;
     void DropConnection();
     void ResetStream();
     Next Follow(link::Connector::Verdict verdict);
@@ -111,7 +100,7 @@ private:
     static Next ConnectFailed(LinkMachine& link);
     static Next ConnectTimedOut(LinkMachine& link);
     static Next CrossingTimedOut(LinkMachine& link);
-    static Next AfterSettings(LinkMachine& link);
+    static Next AfterMove(LinkMachine& link);
     static Next SelectedTooLate(LinkMachine& link);
     static Next LoseUnselected(LinkMachine& link, const Loss& loss);
     static Next LoseSelected(LinkMachine& link, const Loss& loss);
@@ -176,7 +165,6 @@ private:
     void Emit(link::Action action) { output_.Emit(std::move(action)); }
     void Start(link::TimerId id, std::chrono::milliseconds delay) { output_.Start(id, delay); }
     void Stop(link::TimerId id) { output_.Stop(id); }
-    void Raise(link::LinkError code, std::string text) { output_.Raise(code, std::move(text)); }
 
     /// System bytes of our own control requests: above those of the control, below the substitutes.
     static constexpr std::uint32_t kFirstRequest = 0x38000000;
@@ -184,14 +172,9 @@ private:
 
     static const State kClosed, kNotConnected, kNotSelected, kSelected, kDeselecting, kEnding;
 
-    LinkSettings settings_;
-    LinkStatistics& statistics_;
     const State* state_;
-    link::LinkOutput output_;
-    link::Connector connector_;
 
     // the port
-    bool open_ = false;
     std::size_t waiting_ = 0;  // received messages that the control has not yet had
 
     link::Endpoints candidate_;    // of the OnConnected at work

@@ -150,13 +150,11 @@ void LinkMachine::AbortQueue() {
     }
 }
 
-// --- timers and actions -------------------------------------------------------------------------
+// --- timers --------------------------------------------------------------------------------------
 
 void LinkMachine::OnTimer(TimerId id, link::TimePoint now) {
     output_.Now(now);
     DispatchTimer(id);
 }
-
-void LinkMachine::TakeActions(std::vector<link::Action>& into) { output_.TakeActions(into); }
 
 }  // namespace hexmire::hsms

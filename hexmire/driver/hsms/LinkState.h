@@ -19,7 +19,7 @@ struct LinkMachine::State {
 
     Cell OnOpen = nullptr;
     Cell OnClose = nullptr;
-    Cell OnReconfigured = nullptr;
+    Cell OnMoved = nullptr;
     Cell OnConnected = nullptr;
     Cell OnConnectFailed = nullptr;
     Cell OnListenFailed = nullptr;

@@ -21,7 +21,7 @@ const LinkMachine::State LinkMachine::kNotConnected{
     .Enter = [](LinkMachine& link) { link.DropConnection(), link.connector_.Begin(); },
     .Exit = [](LinkMachine& link) { link.connector_.StopTrying(); },
     .OnClose = [](LinkMachine&) { return &kClosed; },
-    .OnReconfigured = &AfterSettings,
+    .OnMoved = &AfterMove,
     .OnConnected = &Adopt,
     .OnConnectFailed = &ConnectFailed,
     .OnListenFailed = &ListenFailed,
@@ -108,11 +108,7 @@ const LinkMachine::State LinkMachine::kEnding{
 // --- the only place that changes state, and the dispatchers --------------------------------------
 
 LinkMachine::LinkMachine(LinkSettings settings, LinkStatistics& statistics, std::uint32_t seed)
-    : settings_(std::move(settings)),
-      statistics_(statistics),
-      state_(&kClosed),
-      output_(statistics_),
-      connector_(settings_, output_, statistics_, seed) {}
+    : PortMachine(std::move(settings), statistics, seed), state_(&kClosed) {}
 
 std::string_view LinkMachine::StateName() const noexcept { return state_->Name; }
 

@@ -8,10 +8,7 @@ using link::LinkError;
 using link::TimerId;
 
 LinkMachine::LinkMachine(LinkSettings settings, LinkStatistics& statistics, std::uint32_t seed)
-    : settings_(std::move(settings)),
-      statistics_(statistics),
-      output_(statistics_),
-      connector_(settings_, output_, statistics_, seed),
+    : PortMachine(std::move(settings), statistics, seed),
       line_(settings_, statistics_),
       assembly_(settings_, statistics_, transactions_, systemBytes_) {}
 
@@ -29,39 +26,13 @@ std::string_view LinkMachine::StateName() const noexcept {
 
 // --- commands ------------------------------------------------------------------------------------
 
-void LinkMachine::Open(link::TimePoint now) {
-    output_.Now(now);
-    if (open_) return;
-    if (const auto fault = CheckLinkSettings(settings_)) {
-        return Raise(static_cast<LinkError>(fault->Code), fault->Text);
-    }
-    open_ = true;
-    connector_.Open();
-    Go(State::NotConnected);
-}
-
-void LinkMachine::Close(link::TimePoint now) {
-    output_.Now(now);
-    if (!open_) return;
-    open_ = false;
+void LinkMachine::OnClose() {
     EndSession(LinkError::LocalClose, {});
     Go(State::Closed);
 }
 
-void LinkMachine::Configure(const LinkSettings& settings, link::TimePoint now) {
-    output_.Now(now);
-    if (open_) {
-        if (const auto fault = CheckLinkSettings(settings)) {
-            return Raise(static_cast<LinkError>(fault->Code), fault->Text);
-        }
-    }
-    const bool elsewhere = settings.HSMSConnectionMode != settings_.HSMSConnectionMode ||
-                           settings.LocalIPAddress != settings_.LocalIPAddress ||
-                           settings.LocalIPPort != settings_.LocalIPPort;
-    settings_ = settings;
-    if (elsewhere && state_ == State::NotConnected && !connector_.IsTrying()) {
-        Go(State::NotConnected);
-    }
+void LinkMachine::OnMoved() {
+    if (state_ == State::NotConnected && !connector_.IsTrying()) Go(State::NotConnected);
 }
 
 // --- the one place that changes state ------------------------------------------------------------
@@ -139,19 +110,9 @@ void LinkMachine::Lose(LinkError code, const std::string& details, bool foundHer
 
 // --- inputs of the connection --------------------------------------------------------------------
 
-void LinkMachine::OnListening(link::TimePoint now) {
-    output_.Now(now);
-    connector_.OnListening();
-}
-
 void LinkMachine::OnListenFailed(const link::SystemFailure& failure, link::TimePoint now) {
     output_.Now(now);
     connector_.OnListenFailed(failure);
-}
-
-void LinkMachine::OnAcceptFailed(const link::SystemFailure& failure, link::TimePoint now) {
-    output_.Now(now);
-    connector_.OnAcceptFailed(failure);
 }
 
 void LinkMachine::OnConnected(const link::Endpoints& endpoints, link::TimePoint now) {
@@ -225,7 +186,5 @@ void LinkMachine::OnTimer(TimerId id, link::TimePoint now) {
             ++statistics_.UnexpectedEvents;  // not of this protocol
     }
 }
-
-void LinkMachine::TakeActions(std::vector<link::Action>& into) { output_.TakeActions(into); }
 
 }  // namespace hexmire::secs1

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <hexmire/driver/Connector.h>
-#include <hexmire/driver/ILinkMachine.h>
-#include <hexmire/driver/LinkOutput.h>
-#include <hexmire/driver/LinkStatistics.h>
 #include <hexmire/driver/OpenTransactions.h>
+#include <hexmire/driver/PortMachine.h>
 #include <hexmire/driver/SystemBytesMap.h>
 #include <hexmire/driver/secs1/Assembly.h>
 #include <hexmire/driver/secs1/Line.h>
@@ -29,28 +26,18 @@ namespace hexmire::secs1 {
 /// clock: inputs in, actions out.
 ///
 /// The rows of its state table are CLOSED, NOT CONNECTED and CONNECTED.
-class LinkMachine final : public link::ILinkMachine {
+class LinkMachine final : public link::PortMachine {
 public:
     /// Counts what it tolerates and refuses in `statistics`, which outlives it. `seed` spreads the
     /// connect attempts of an alternating link.
     LinkMachine(LinkSettings settings, LinkStatistics& statistics, std::uint32_t seed = 1);
 
-    void Open(link::TimePoint now) override;
-    void Close(link::TimePoint now) override;
-    [[nodiscard]] bool IsOpen() const override { return open_; }
     [[nodiscard]] bool IsOver() const override { return state_ == State::Closed; }
-    [[nodiscard]] std::optional<link::TimePoint> LastEnd() const override {
-        return connector_.LastEnd();
-    }
-    void LastEnd(std::optional<link::TimePoint> end) override { connector_.LastEnd(end); }
-    void Configure(const LinkSettings& settings, link::TimePoint now) override;
     void Send(std::span<const std::uint8_t> header,
               std::span<const std::uint8_t> body,
               link::TimePoint now) override;
 
-    void OnListening(link::TimePoint now) override;
     void OnListenFailed(const link::SystemFailure& failure, link::TimePoint now) override;
-    void OnAcceptFailed(const link::SystemFailure& failure, link::TimePoint now) override;
     void OnConnected(const link::Endpoints& endpoints, link::TimePoint now) override;
     void OnConnectFailed(const link::SystemFailure& failure, link::TimePoint now) override;
     void OnBytes(std::span<const std::uint8_t> bytes, link::TimePoint now) override;
@@ -60,7 +47,6 @@ public:
     void OnTimer(link::TimerId id, link::TimePoint now) override;
     void OnConsumed(std::size_t count, link::TimePoint now) override;
 
-    void TakeActions(std::vector<link::Action>& into) override;
     std::size_t Output(std::span<std::span<const std::uint8_t>> views) override;
     [[nodiscard]] bool HasOutput() const override { return !writing_.empty(); }
 
@@ -80,6 +66,9 @@ private:
     };
 
     // LinkMachine.cpp: the port and its connection
+    void OnOpen() override { Go(State::NotConnected); }
+    void OnClose() override;
+    void OnMoved() override;
     void Go(State next);
     void Follow(link::Connector::Verdict verdict);
     void BeginSession();
@@ -113,14 +102,7 @@ private:
     void PopMessage();
     void LineTimerExpired(LineTimer id);
 
-    void Raise(link::LinkError code, std::string text) { output_.Raise(code, std::move(text)); }
-
-    LinkSettings settings_;
-    LinkStatistics& statistics_;
-    link::LinkOutput output_;
-    link::Connector connector_;
     State state_ = State::Closed;
-    bool open_ = false;
     bool sessionOpen_ = false;  // Connect has been raised, Disconnect not yet
     bool serial_ = false;       // the present connection is a serial line
     bool reading_ = true;       // false: paused until the control has caught up

@@ -37,7 +37,7 @@ void TransportDriver::Shell::Resolve(Tcp::resolver& resolver,
 // --- callers -------------------------------------------------------------------------------------
 
 void TransportDriver::Shell::Do(const link::Listen& action) {
-    records_.OnAttempt(settings_);
+    records_.OnAttempt(inForce_);
     const std::uint64_t generation = ++listenGeneration_;
     Resolve(localResolver_,
             action.Address,
@@ -124,7 +124,7 @@ void TransportDriver::Shell::Do(const link::StopListening&) {
 // --- our own connects ----------------------------------------------------------------------------
 
 void TransportDriver::Shell::Do(const link::Connect& action) {
-    records_.OnAttempt(settings_);
+    records_.OnAttempt(inForce_);
     lastOwn_ = {};
     const std::uint64_t generation = ++generation_;
     const auto toRemote = [this, generation, action] {
@@ -193,14 +193,14 @@ void TransportDriver::Shell::FailConnect(const asio::error_code& error) {
 }
 
 void TransportDriver::Shell::Do(const link::OpenSerial& action) {
-    records_.OnAttempt(settings_);
+    records_.OnAttempt(inForce_);
     link::SystemFailure failure;
     offered_ = link::SerialStream::Open(loop_, action.Device, action.BaudRate, failure);
     if (!offered_) {
         records_.OnAttemptFailed("open", link::FailureText(failure));
         return machine_->OnConnectFailed(failure, Now());
     }
-    if (settings_.T1 < LeastSensibleT1(action.BaudRate)) ++statistics_.ShortT1s;
+    if (inForce_.T1 < LeastSensibleT1(action.BaudRate)) ++statistics_.ShortT1s;
     offeredEnds_ = {};
     offeredEnds_.RemoteAddress = action.Device;
     machine_->OnConnected(offeredEnds_, Now());

@@ -35,9 +35,7 @@ TransportDriver::Shell::Shell(asio::io_context& loop,
                site,
                statistics_,
                settings_,
-               [this](link::LinkError code, const std::string& details) {
-                   ReportRecordFailed(code, details);
-               }),
+               [this](link::LinkError code, const std::string& details) { Report(code, details); }),
       timer_(loop),
       localResolver_(loop),
       remoteResolver_(loop),
@@ -51,12 +49,15 @@ TransportDriver::Shell::Shell(asio::io_context& loop,
 void TransportDriver::Shell::Open() {
     Call([this](link::TimePoint now) {
         if (IsOpen()) return;
-        if (KindWanted() == kind_) return machine_->Open(now);
+        if (KindWanted() == kind_) {
+            PutInForce(settings_, now);
+            return machine_->Open(now);
+        }
         if (machine_->IsOver()) return OpenMachine(now);
         // Another kind of link: the present one is still saying goodbye.
         const auto fault = CheckLinkSettings(settings_);
         if (!fault) return void(reopening_ = true);
-        events_.Push(link::RaiseError{static_cast<link::LinkError>(fault->Code), fault->Text});
+        ReportFault(*fault, now);
     });
 }
 
@@ -112,29 +113,61 @@ TransportDriver::Shell::Kind TransportDriver::Shell::KindWanted() const noexcept
     return kind_;
 }
 
+/// One setting has changed; `alone` is what is in force with that change. A value that is out of
+/// its range is refused while the port is open. One that does not work with the others, a mode
+/// before its address, is told and waits until they have changed too; the others go on counting.
+///
 /// The port type of another kind of link waits for the end of the present connection.
-void TransportDriver::Shell::Configure(link::TimePoint now) {
-    LinkSettings settings = settings_;
-    if (KindWanted() != kind_) {
-        settings.PortType = machinePortType_;
-        if (machine_->IsOpen()) ScheduleFlush();  // the other settings of the new kind come first
-    } else if (settings.PortType >= 1 && settings.PortType <= 4) {
-        machinePortType_ = settings.PortType;
+bool TransportDriver::Shell::Configure(LinkSettings alone, link::TimePoint now) {
+    if (IsOpen()) {
+        if (const auto fault = CheckSettingRanges(settings_)) {
+            ReportFault(*fault, now);
+            return false;
+        }
     }
-    machine_->Configure(settings, now);
+    LinkSettings all = settings_;
+    if (KindWanted() != kind_) {
+        all.PortType = alone.PortType = inForce_.PortType;
+        if (machine_->IsOpen()) ScheduleFlush();  // the other settings of the new kind come first
+    } else {
+        kindFault_.reset();
+    }
+    if (!machine_->IsOpen() || !CheckLinkSettings(all)) {
+        PutInForce(all, now);
+    } else if (const auto fault = CheckLinkSettings(alone)) {
+        ReportFault(*fault, now);
+    } else {
+        PutInForce(alone, now);
+    }
+    return true;
 }
 
-/// Between two connections of an open port: the next one is of the kind that is set by now.
+void TransportDriver::Shell::PutInForce(const LinkSettings& settings, link::TimePoint now) {
+    inForce_ = settings;
+    machine_->Configure(inForce_, now);
+}
+
+void TransportDriver::Shell::ReportFault(const SettingsFault& fault, link::TimePoint now) {
+    machine_->Report(static_cast<link::LinkError>(fault.Code), fault.Text, now);
+}
+
+/// Between two connections of an open port: the next one is of the kind that is set by now, unless
+/// that cannot work.
 void TransportDriver::Shell::FollowPortType(link::TimePoint now) {
     if (KindWanted() == kind_ || stream_ || !machine_->IsOpen()) return;
-    if (CheckLinkSettings(settings_)) return;
+    if (auto fault = CheckLinkSettings(settings_)) {
+        if (fault != kindFault_) ReportFault(*fault, now);
+        kindFault_ = std::move(fault);
+        return;
+    }
+    kindFault_.reset();
     reopening_ = true;
     machine_->Close(now);
 }
 
 void TransportDriver::Shell::MakeMachine() {
     kind_ = KindWanted();
-    machinePortType_ = settings_.PortType;
+    inForce_ = settings_;
     const std::uint32_t seed = std::random_device{}();
     if (kind_ == Kind::Hsms) {
         machine_ = std::make_unique<hsms::LinkMachine>(settings_, statistics_, seed);
@@ -182,21 +215,21 @@ void TransportDriver::Shell::PerformActions() {
     }
 }
 
+/// It may come from the midst of anything: the machine's error is performed in a turn of its own,
+/// which also does what the failure has left undone.
 void TransportDriver::Shell::ReportInternal(const char* what) noexcept {
     try {
-        ++statistics_.InternalFailures;
-        events_.Push(link::RaiseError{link::LinkError::Internal,
-                                      link::ErrorText(link::LinkError::Internal, what)});
-        ScheduleDelivery();
+        Report(link::LinkError::Internal, what);
     } catch (...) {
         ++statistics_.InternalFailures;  // not even the report could be made
     }
 }
 
-/// It comes from the loop or, when not even a thread can be had, from inside a call.
-void TransportDriver::Shell::ReportRecordFailed(link::LinkError code, const std::string& details) {
-    events_.Push(link::RaiseError{code, link::ErrorText(code, details)});
-    ScheduleDelivery();
+/// A failure of the shell or of its records, at any time.
+void TransportDriver::Shell::Report(link::LinkError code, std::string_view details) {
+    if (events_.IsClosed()) return;
+    ScheduleFlush();
+    machine_->Report(code, link::ErrorText(code, details), Now());
 }
 
 void TransportDriver::Shell::Do(const link::StartTimer& action) {

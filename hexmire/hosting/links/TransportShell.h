@@ -21,7 +21,9 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace hexmire {
@@ -47,9 +49,11 @@ public:
     template <class Value>
     void Set(Value LinkSettings::*field, const std::type_identity_t<Value>& value) {
         Call([&](link::TimePoint now) {
-            settings_.*field = value;
+            LinkSettings alone = inForce_;
+            alone.*field = value;
+            Value before = std::exchange(settings_.*field, value);
+            if (!Configure(std::move(alone), now)) settings_.*field = std::move(before);
             records_.Configure(settings_);
-            Configure(now);
         });
     }
     /// Closes everything at once; nothing is raised any more.
@@ -67,7 +71,9 @@ private:
 
     // TransportShell.cpp: the machine, turns, actions, timers, events
     [[nodiscard]] Kind KindWanted() const noexcept;
-    void Configure(link::TimePoint now);
+    [[nodiscard]] bool Configure(LinkSettings alone, link::TimePoint now);
+    void PutInForce(const LinkSettings& settings, link::TimePoint now);
+    void ReportFault(const SettingsFault& fault, link::TimePoint now);
     void FollowPortType(link::TimePoint now);
     void MakeMachine();
     void OpenMachine(link::TimePoint now);
@@ -110,7 +116,7 @@ private:
     void Settle(link::TimePoint now);
     void PerformActions();
     void ReportInternal(const char* what) noexcept;
-    void ReportRecordFailed(link::LinkError code, const std::string& details);
+    void Report(link::LinkError code, std::string_view details);
     void Deliver() noexcept;
     void DeliverSome();
     void WriteHeld(link::TimePoint now);
@@ -166,11 +172,12 @@ private:
     void CloseStream() noexcept;
 
     asio::io_context& loop_;
-    LinkSettings settings_;
+    LinkSettings settings_;  // as they are wanted
+    LinkSettings inForce_;   // as the machine has them
     LinkStatistics statistics_;
     Kind kind_ = Kind::Hsms;  // of the machine
-    std::int32_t machinePortType_ = 0;
     std::unique_ptr<link::ILinkMachine> machine_;
+    std::optional<SettingsFault> kindFault_;  // why another kind of link waits; told already
     bool reopening_ = false;  // a link of another kind is opened once the present one is gone
     link::EventQueue events_;
     link::LinkRecords records_;

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <stdexcept>
 
 namespace hexmire::test {
 namespace {
@@ -189,6 +190,30 @@ TEST_F(ByteTraceTest, AFullDiskIsToldOnceAndTrafficGoesOn) {
                   ": No space left on device (28)");
     EXPECT_TRUE(driver_->LinkStatus());
     EXPECT_GT(driver_->Statistics().TraceEntriesLost, 0U);
+}
+
+TEST_F(ByteTraceTest, AFailureOfTheDriverItselfIsALineOfIt) {
+    Connect();
+    driver_->SendMessage(Header(0x81, 1, 3), Variant::Bytes(Bytes("0100")), 3);
+    ASSERT_TRUE(rig_.RunUntil([&] { return events_.Has("Error 3099"); }));
+    Destroy();
+    EXPECT_THAT(Lines(),
+                testing::Contains(
+                    "Note Error 3099 Internal failure: message body shorter than its length"));
+}
+
+TEST_F(ByteTraceTest, AHandlerThatThrowsEachTimeIsNoFloodOfErrors) {
+    Connect();
+    events_.Hook = [](const std::string& line) {
+        if (line.starts_with("Message")) throw std::runtime_error("handler");
+    };
+    for (int count = 0; count < 60; ++count)
+        peer_.Send("0000000A 0005 0601 0000 00000007");
+    const auto& statistics = driver_->Statistics();
+    ASSERT_TRUE(rig_.RunUntil([&] { return statistics.InternalFailures == 60; }));
+    ASSERT_TRUE(rig_.RunUntil([&] { return events_.Count("Error 3099") == 51; }));
+    EXPECT_EQ(events_.Texts.back(), "Internal failure: 10 more left out");
+    EXPECT_EQ(statistics.ErrorsLeftOut, 10U);
 }
 
 TEST_F(ByteTraceTest, AFailureIsToldAgainOnceWritingHasWorked) {

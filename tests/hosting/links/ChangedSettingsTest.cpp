@@ -126,6 +126,95 @@ TEST_F(ChangedSettings, APortTypeThatThereIsNotIsRefused) {
     EXPECT_EQ(peer_.Read(14), kSelectRsp);
 }
 
+TEST_F(ChangedSettings, AValueOutOfItsRangeIsToldOnceAndStopsNoOther) {
+    Open();
+    driver_->T6(0);
+    driver_->DeviceID(32'768);
+    driver_->T7(3);
+    driver_->DeviceID(6);
+    ASSERT_TRUE(RunUntil("Error 3070", 2));
+    ASSERT_TRUE(peer_.ConnectTo(port_));
+    peer_.Send(kSelectReq);
+    ASSERT_EQ(peer_.Read(14), kSelectRsp);
+    peer_.Send("0000000A 0006 0601 0000 00000009");
+    ASSERT_TRUE(RunUntil("Message"));
+    EXPECT_EQ(events_.Count("Error"), 2U);
+    EXPECT_THAT(events_.Texts,
+                testing::ElementsAre("Setting out of range: T6 = 0",
+                                     "Setting out of range: DeviceID = 32768"));
+    EXPECT_EQ(driver_->Settings().T6, 5s) << "as before";
+    EXPECT_EQ(driver_->Settings().T7, 3s);
+    driver_->CloseLink();
+    driver_->OpenLink();
+    EXPECT_TRUE(driver_->LinkStatus());
+}
+
+TEST_F(ChangedSettings, AnAddressThatCannotWorkIsToldOnceAndStopsNoOther) {
+    Open();
+    driver_->LocalIPAddress("no address");
+    driver_->DeviceID(6);
+    ASSERT_TRUE(RunUntil("Error 3056"));
+    ASSERT_TRUE(peer_.ConnectTo(port_));
+    peer_.Send(kSelectReq);
+    ASSERT_EQ(peer_.Read(14), kSelectRsp);
+    peer_.Send("0000000A 0006 0601 0000 00000009");
+    ASSERT_TRUE(RunUntil("Message"));
+    EXPECT_EQ(events_.Count("Error"), 1U);
+    driver_->CloseLink();
+    driver_->OpenLink();
+    EXPECT_FALSE(driver_->LinkStatus()) << "it is what the next opening would use";
+    ASSERT_TRUE(RunUntil("Error 3056", 2));
+}
+
+TEST_F(ChangedSettings, AModeWaitsForThePortThatItNeeds) {
+    settings_ = LinkRig::Active(port_);
+    settings_.LocalIPPort = 70'000;
+    Open();
+    ASSERT_TRUE(RunUntil("Error 3050"));
+    driver_->HSMSConnectionMode(2);
+    driver_->DeviceID(6);
+    ASSERT_TRUE(RunUntil("Error 3056"));
+    driver_->LocalIPPort(port_);
+    ASSERT_TRUE(rig_.RunUntil([&] { return peer_.ConnectTo(port_); })) << "now it listens";
+    EXPECT_EQ(events_.Count("Error 3056"), 1U);
+    EXPECT_EQ(driver_->Settings().HSMSConnectionMode, 2);
+}
+
+TEST_F(ChangedSettings, AKindOfLinkThatCannotWorkYetIsToldOnce) {
+    Open();
+    rig_.RunFor(1ms);
+    driver_->SerialPort("");
+    driver_->PortType(1);
+    ASSERT_TRUE(RunUntil("Error 3070"));
+    EXPECT_EQ(events_.Texts.back(), "Setting out of range: SerialPort \"\"");
+    driver_->T7(3);
+    ASSERT_TRUE(peer_.ConnectTo(port_)) << "the present kind goes on";
+    peer_.Send(kSelectReq);
+    ASSERT_EQ(peer_.Read(14), kSelectRsp);
+    peer_.Close();
+    ASSERT_TRUE(RunUntil("Disconnect 3054"));
+    rig_.RunFor(2ms);
+    EXPECT_EQ(events_.Count("Error"), 1U);
+    driver_->PortType(4);
+    driver_->PortType(1);
+    ASSERT_TRUE(RunUntil("Error 3070", 2)) << "asked for once more";
+    const Pty pty;
+    driver_->SerialPort(pty.Path());
+    ASSERT_TRUE(RunUntil("Connect", 2));
+    EXPECT_EQ(events_.Count("Error"), 2U);
+}
+
+TEST_F(ChangedSettings, AnActivePortBetweenAttemptsTellsOfAKindThatCannotWork) {
+    settings_ = LinkRig::Active(port_);
+    settings_.T5 = 30s;
+    Open();
+    ASSERT_TRUE(RunUntil("Error 3050"));
+    driver_->SerialPort("");
+    driver_->PortType(1);
+    ASSERT_TRUE(RunUntil("Error 3070"));
+    EXPECT_TRUE(driver_->LinkStatus());
+}
+
 TEST_F(ChangedSettings, AnotherKindOfLinkMayBeOpenedInsideTheDisconnectOfTheOld) {
     Open();
     ASSERT_TRUE(peer_.ConnectTo(port_));

@@ -5,7 +5,7 @@ import { fileURLToPath, pathToFileURL } from "node:url";
 
 const root = fileURLToPath(new URL("../../../../", import.meta.url));
 const peers = process.env.HEXMIRE_PEERS ?? path.join(root, "build", "peers");
-const folder = path.join(peers, "secs4js", "node_modules", "secs4js");
+export const folder = path.join(peers, "secs4js", "node_modules", "secs4js");
 
 if (!existsSync(folder)) {
   process.stderr.write(`secs4js is not installed in ${peers}\n`);

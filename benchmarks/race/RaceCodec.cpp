@@ -1,0 +1,60 @@
+#include <hexmire/sml.h>
+
+#include "../Workloads.h"
+#include "../floor/Figures.h"
+#include "Races.h"
+#include <malloc.h>
+
+#include <cstddef>
+#include <stdexcept>
+
+namespace hexmire::bench {
+
+namespace {
+
+double HeapInUse() {
+    const auto info = ::mallinfo2();
+    return static_cast<double>(info.uordblks + info.hblkhd);
+}
+
+/// Bytes of memory for each item of a decoded list.
+double BytesOfItem(const ByteVector& list) {
+    const double before = HeapInUse();
+    const SECSMessagePtr message = DecodeBody(list).Message;
+    const double after = HeapInUse();
+    const SECSItemPtr root = message->Item(1);
+    return (after - before) / root->ItemCount();
+}
+
+}  // namespace
+
+void RaceCodec(const std::string& dataDirectory) {
+    Figures figures;
+    for (const Workload& workload : CodecWorkloads()) {
+        const std::string name = "w1" + workload.Name;
+        const ByteVector bytes = ReadBody(dataDirectory, name);
+        const SECSMessagePtr ready = New<SECSMessage>();
+        workload.Build(ready->Root());
+        const std::string difference = Difference(bytes, EncodeBody(*ready));
+        if (!difference.empty()) throw std::runtime_error(name + ": " + difference);
+
+        const auto measure = [&](const char* what, auto function) {
+            figures.Add(name + "_" + what, NanosecondsOf(function));
+        };
+        measure("decode_ns", [&] { ReadTree(DecodeBody(bytes).Message->Root()); });
+        measure("encode_ns", [&] {
+            const SECSMessagePtr message = New<SECSMessage>();
+            workload.Build(message->Root());
+            Keep(EncodeBody(*message).data());
+        });
+        measure("encode_ready_ns", [&] { Keep(EncodeBody(*ready).data()); });
+        if (workload.Name == "a") {
+            const SECSMessagePtr message = DecodeBody(bytes).Message;
+            measure("sml_ns", [&] { Keep(RenderSml(*message, true).data()); });
+        }
+        if (workload.Name == "b") figures.Add(name + "_item_bytes", BytesOfItem(bytes));
+    }
+    figures.Print();
+}
+
+}  // namespace hexmire::bench
