@@ -119,6 +119,7 @@ private:
     void Report(link::LinkError code, std::string_view details);
     void Deliver() noexcept;
     void DeliverSome();
+    void HoldWrites(link::TimePoint now) noexcept;
     void WriteHeld(link::TimePoint now);
     void ScheduleDelivery();
     void ScheduleFlush();
@@ -209,8 +210,9 @@ private:
     bool waitingForInput_ = false;
     bool waitingForRoom_ = false;
     bool readingPaused_ = false;
-    bool ourOwnUnheard_ = false;  // we have opened the connection, and nothing has come in on it
-    // While events are being raised, what their handlers send goes out together: when the last one
+    bool ourOwnUnheard_ = false;   // we have opened the connection, and nothing has come in on it
+    std::size_t quickInARow_ = 0;  // events whose handlers did not block
+    // While events are being raised, what quick handlers send goes out together: when the last one
     // has returned, but not later than this.
     std::optional<link::TimePoint> writesHeldUntil_;
 };
