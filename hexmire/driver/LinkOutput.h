@@ -5,6 +5,7 @@
 #include <hexmire/driver/LinkStatistics.h>
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,7 +16,13 @@ namespace hexmire::link {
 /// limiter, and the time of the input at work.
 class LinkOutput {
 public:
-    explicit LinkOutput(LinkStatistics& statistics) : statistics_(statistics) {}
+    /// Room for the actions of a usual input, made before they are needed: a machine that has no
+    /// memory for what it asks would be at odds with its shell.
+    static constexpr std::size_t kUsualActions = 8;
+
+    explicit LinkOutput(LinkStatistics& statistics) : statistics_(statistics) {
+        actions_.reserve(kUsualActions);
+    }
 
     void Emit(Action action) { actions_.push_back(std::move(action)); }
     void Start(TimerId id, std::chrono::milliseconds delay) { Emit(StartTimer{id, delay}); }

@@ -250,8 +250,8 @@ void TransportDriver::Shell::Do(const link::CloseConnection&) {
     offered_.reset();
     CloseStream();
     records_.OnClosed();
-    if (KindWanted() != kind_) ScheduleFlush();
     waitingForInput_ = waitingForRoom_ = readingPaused_ = false;
+    if (KindWanted() != kind_) ScheduleFlush();
 }
 
 }  // namespace hexmire

@@ -1,8 +1,10 @@
+#include <hexmire/driver/LinkOutput.h>
 #include <hexmire/driver/hsms/LinkMachine.h>
 #include <hexmire/driver/secs1/LinkMachine.h>
 #include <hexmire/hosting/links/SocketOptions.h>
 #include <hexmire/hosting/links/TransportShell.h>
 
+#include <asio/error.hpp>
 #include <asio/post.hpp>
 
 #include <algorithm>
@@ -49,6 +51,7 @@ TransportDriver::Shell::Shell(asio::io_context& loop,
     // Callers are compared as texts: 127.0.0.1 is the same as ::FFFF:7F00:1.
     for (std::string& address : settings_.AllowedCallers)
         address = link::CanonicalAddress(address);
+    batch_.reserve(link::LinkOutput::kUsualActions);  // the two are exchanged
     MakeMachine();
 }
 
@@ -210,16 +213,52 @@ void TransportDriver::Shell::PerformActions() {
     for (;;) {
         machine_->TakeActions(batch_);
         if (batch_.empty()) return;
-        for (link::Action& action : batch_) {
+        for (link::Action& action : batch_)
+            PerformOne(action);
+    }
+}
+
+/// One that fails, for want of memory, does not stop those behind it. The machine is told of it as
+/// of any other failure of the system, so that it does not wait for what cannot come.
+void TransportDriver::Shell::PerformOne(link::Action& action) noexcept {
+    Guard([&] {
+        try {
             if (link::IsEvent(action)) {
                 records_.OnEvent(action);
                 events_.Push(std::move(action));
             } else {
                 std::visit([this](const auto& one) { Do(one); }, action);
             }
+        } catch (...) {
+            std::visit([this](const auto& one) { Failed(one); }, action);
+            throw;
         }
-    }
+    });
 }
+
+void TransportDriver::Shell::Failed(const link::Listen&) {
+    acceptor_.reset();
+    machine_->OnListenFailed(link::FailureOf(asio::error::no_memory), Now());
+}
+
+void TransportDriver::Shell::Failed(const link::ResumeAccepting&) {
+    machine_->OnAcceptFailed(link::FailureOf(asio::error::no_memory), Now());
+}
+
+void TransportDriver::Shell::Failed(const link::Connect&) {
+    Do(link::StopConnecting{});
+    machine_->OnConnectFailed(link::FailureOf(asio::error::no_memory), Now());
+}
+
+void TransportDriver::Shell::Failed(const link::OpenSerial&) {
+    offered_.reset();
+    link::SystemFailure failure = link::FailureOf(asio::error::no_memory);
+    failure.Code = link::LinkError::SerialOpenFailed;
+    machine_->OnConnectFailed(failure, Now());
+}
+
+/// The message is lost, and does not go on counting as one that waits.
+void TransportDriver::Shell::Failed(const link::RaiseReceived&) { machine_->OnConsumed(1, Now()); }
 
 /// It may come from the midst of anything: the machine's error is performed in a turn of its own,
 /// which also does what the failure has left undone.

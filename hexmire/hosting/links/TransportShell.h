@@ -115,6 +115,7 @@ private:
     }
     void Settle(link::TimePoint now);
     void PerformActions();
+    void PerformOne(link::Action& action) noexcept;
     void ReportInternal(const char* what) noexcept;
     void Report(link::LinkError code, std::string_view details);
     void Deliver() noexcept;
@@ -147,6 +148,15 @@ private:
     void Do(const link::ResumeReading& action);
     template <class Other>
     void Do(const Other&) {}  // events, and SendBytes: output is written when the turn settles
+
+    // What a failed action is for the machine.
+    void Failed(const link::Listen& action);
+    void Failed(const link::ResumeAccepting& action);
+    void Failed(const link::Connect& action);
+    void Failed(const link::OpenSerial& action);
+    void Failed(const link::RaiseReceived& action);
+    template <class Other>
+    void Failed(const Other&) {}
 
     // ShellConnections.cpp: connections in the making
     void Resolve(Tcp::resolver& resolver,
