@@ -3,9 +3,8 @@
 // sessions end; then one byte for each step, its upper half a number, with the bytes behind it
 // where bytes arrive.
 #include "../tests/fakes/HsmsRig.h"
-#include "Require.h"
+#include "LinkSteps.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +12,7 @@
 
 namespace {
 
-using hexmire::fuzz::Require;
+using hexmire::fuzz::TakeStep;
 using hexmire::test::HsmsRig;
 
 /// The rig, kept to what a shell does: only a live connection tells of bytes or of its end.
@@ -28,18 +27,7 @@ public:
     }
 
     void Step(std::span<const std::uint8_t>& input) {
-        const std::uint8_t code = input.front();
-        input = input.subspan(1);
-        const std::size_t step = code % 16U;
-        if (step < kSteps.size()) {
-            Do(step);
-        } else {
-            const std::size_t most = (code / 16U + 1U) * (step - kSteps.size() + 1U);
-            const std::size_t count = std::min(most, input.size());
-            if (IsConnected()) rig_.Feed(input.first(count));
-            input = input.subspan(count);
-        }
-        Require(rig_.Violation.empty(), rig_.Violation.c_str());
+        TakeStep<kSteps.size()>(input, rig_, [this](std::size_t step) { Do(step); });
     }
 
 private:
@@ -64,9 +52,7 @@ private:
         settings.HostRole = (choice & 32U) == 0;
         return settings;
     }
-    [[nodiscard]] bool IsConnected() const {
-        return rig_.State() != "CLOSED" && rig_.State() != "NOT CONNECTED";
-    }
+    [[nodiscard]] bool IsConnected() const { return hexmire::fuzz::IsConnected(rig_); }
     void Connect() {
         if (rig_.State() != "NOT CONNECTED") return;
         if (rig_.Runs(hexmire::link::TimerId::ConnectTimeout)) {
@@ -94,10 +80,5 @@ private:
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) return 0;
-    std::span<const std::uint8_t> input(data + 1, size - 1);
-    Link link(data[0]);
-    while (!input.empty())
-        link.Step(input);
-    return 0;
+    return hexmire::fuzz::RunLink<Link>(data, size, [](Link&) {});
 }

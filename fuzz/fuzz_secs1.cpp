@@ -3,9 +3,8 @@
 // one byte for each step, its upper half a number, with the bytes behind it where bytes arrive. At
 // the end, on a line that has been quiet for a while, a message passes each way.
 #include "../tests/fakes/Secs1Rig.h"
-#include "Require.h"
+#include "LinkSteps.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -15,6 +14,7 @@
 namespace {
 
 using hexmire::fuzz::Require;
+using hexmire::fuzz::TakeStep;
 using hexmire::test::Secs1Rig;
 
 /// The rig, kept to what a shell does: only a live connection tells of bytes or of its end.
@@ -26,18 +26,7 @@ public:
     }
 
     void Step(std::span<const std::uint8_t>& input) {
-        const std::uint8_t code = input.front();
-        input = input.subspan(1);
-        const std::size_t step = code % 16U;
-        if (step < kSteps.size()) {
-            Do(step);
-        } else {
-            const std::size_t most = (code / 16U + 1U) * (step - kSteps.size() + 1U);
-            const std::size_t count = std::min(most, input.size());
-            if (IsConnected()) rig_.Feed(input.first(count));
-            input = input.subspan(count);
-        }
-        Check();
+        TakeStep<kSteps.size()>(input, rig_, [this](std::size_t step) { Do(step); });
     }
 
     void ExpectAMessageEachWay() {
@@ -81,9 +70,7 @@ private:
         settings.ConnectionRetryLimit = static_cast<std::int32_t>(choice / 64U);
         return settings;
     }
-    [[nodiscard]] bool IsConnected() const {
-        return rig_.State() != "CLOSED" && rig_.State() != "NOT CONNECTED";
-    }
+    [[nodiscard]] bool IsConnected() const { return hexmire::fuzz::IsConnected(rig_); }
     void Do(std::size_t step) {
         const std::string line = kSteps.at(step);
         const bool needsConnection = line == "fin" || line == "pass" || line == "caller 10.0.0.7";
@@ -101,11 +88,6 @@ private:
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) return 0;
-    std::span<const std::uint8_t> input(data + 1, size - 1);
-    Link link(data[0]);
-    while (!input.empty())
-        link.Step(input);
-    link.ExpectAMessageEachWay();
-    return 0;
+    return hexmire::fuzz::RunLink<Link>(
+        data, size, [](Link& link) { link.ExpectAMessageEachWay(); });
 }
