@@ -1,6 +1,6 @@
 // Ending a session by Deselect.req of ours (SEMI E37, Deselect procedure): port type 2, on request.
-#include "../../fakes/HsmsRig.h"
 #include "../../fakes/LinkNetwork.h"
+#include "Selected.h"
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,14 +14,6 @@ LinkSettings Deselecting(std::int32_t portType = 2, bool active = false) {
     LinkSettings settings = HsmsRig::Settings(portType, active);
     settings.DeselectOnClose = true;
     return settings;
-}
-
-/// A passive link that the peer has selected; our own requests begin at 38000000.
-void Select(HsmsRig& rig) {
-    rig.Do("open");
-    rig.Do("connected");
-    rig.Do("rx SelectReq 0005 000000FF");
-    ASSERT_EQ(rig.State(), "SELECTED");
 }
 
 void Deselect(HsmsRig& rig) {

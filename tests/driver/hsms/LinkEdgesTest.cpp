@@ -1,6 +1,6 @@
 // Where two rules of an HSMS link meet: timers beside each other, requests that wait, and what is
 // told first.
-#include "../../fakes/HsmsRig.h"
+#include "Selected.h"
 #include <gtest/gtest.h>
 
 #include <array>
@@ -9,20 +9,6 @@ namespace hexmire::test {
 namespace {
 
 using namespace std::chrono_literals;
-
-LinkSettings Quiet(std::int32_t portType = 4, bool active = true) {
-    LinkSettings settings = HsmsRig::Settings(portType, active);
-    settings.LinktestInterval = 0ms;
-    return settings;
-}
-
-void Select(HsmsRig& rig) {
-    rig.Do("open");
-    rig.Do("connected");
-    rig.Do("rx SelectReq FFFF 000000FF");
-    if (rig.Runs(link::TimerId::T6)) rig.Do("rx SelectRsp FFFF 38000000");
-    ASSERT_EQ(rig.State(), "SELECTED");
-}
 
 // --- timers beside each other --------------------------------------------------------------------
 

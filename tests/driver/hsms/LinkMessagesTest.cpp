@@ -1,17 +1,9 @@
 // Data messages over an HSMS link: order of events, system bytes, bounds, refusals and their texts.
-#include "../../fakes/HsmsRig.h"
+#include "Selected.h"
 #include <gtest/gtest.h>
 
 namespace hexmire::test {
 namespace {
-
-void Select(HsmsRig& rig) {
-    rig.Do("open");
-    rig.Do("connected");
-    rig.Do("rx SelectReq FFFF 000000FF");
-    rig.Do("rx SelectRsp FFFF 38000000");
-    ASSERT_EQ(rig.State(), "SELECTED");
-}
 
 std::size_t Occurrences(const std::string& text, const std::string& part) {
     std::size_t count = 0;

@@ -1,25 +1,11 @@
 // Settings that change while an HSMS link is up: each counts from its next use on.
-#include "../../fakes/HsmsRig.h"
+#include "Selected.h"
 #include <gtest/gtest.h>
 
 namespace hexmire::test {
 namespace {
 
 using namespace std::chrono_literals;
-
-LinkSettings Quiet(std::int32_t portType = 4, bool active = true) {
-    LinkSettings settings = HsmsRig::Settings(portType, active);
-    settings.LinktestInterval = 0ms;
-    return settings;
-}
-
-void Select(HsmsRig& rig) {
-    rig.Do("open");
-    rig.Do("connected");
-    rig.Do("rx SelectReq FFFF 000000FF");
-    if (rig.Runs(link::TimerId::T6)) rig.Do("rx SelectRsp FFFF 38000000");
-    ASSERT_EQ(rig.State(), "SELECTED");
-}
 
 TEST(HsmsSettings, ANewT7CountsFromTheNextConnection) {
     HsmsRig rig(HsmsRig::Settings(4, false));

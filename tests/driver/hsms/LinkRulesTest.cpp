@@ -1,5 +1,5 @@
 // Rules of an HSMS link that need more than one event: connections and their ends, timers, Select.
-#include "../../fakes/HsmsRig.h"
+#include "Selected.h"
 #include <gtest/gtest.h>
 
 namespace hexmire::test {
@@ -11,19 +11,6 @@ LinkSettings WithoutReconnect(std::int32_t portType = 4, bool active = true) {
     LinkSettings settings = HsmsRig::Settings(portType, active);
     settings.AutoReconnect = false;
     return settings;
-}
-
-/// Selected by the peer; on the active side our own Select.req is still open.
-void SelectByPeer(HsmsRig& rig) {
-    rig.Do("open");
-    rig.Do("connected");
-    rig.Do("rx SelectReq FFFF 000000FF");
-    ASSERT_EQ(rig.State(), "SELECTED");
-}
-
-void Select(HsmsRig& rig) {
-    SelectByPeer(rig);
-    if (rig.Runs(link::TimerId::T6)) rig.Do("rx SelectRsp FFFF 38000000");
 }
 
 // --- the port and the end of connections ---------------------------------------------------------
