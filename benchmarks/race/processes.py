@@ -6,6 +6,7 @@ import contextlib
 import json
 import os
 import pathlib
+import re
 import select
 import subprocess
 import time
@@ -22,6 +23,13 @@ def last_line(text):
     return lines[-1].strip() if lines else ""
 
 
+def why(text):
+    """The line that tells most about a failure: the first that names an error, else the last."""
+    error = r"([\w.]*(Error|Exception)|panic|fatal error)\b"
+    named = [line.strip() for line in text.splitlines() if re.match(error, line)]
+    return (named[0] if named else last_line(text))[:160]
+
+
 def result(command, patience):
     """Runs a contestant to its end; the JSON of its last line, or None when it wrote none."""
     try:
@@ -33,7 +41,7 @@ def result(command, patience):
     except OSError as error:
         raise Failure(str(error)) from None
     if done.returncode != 0:
-        reason = last_line(done.stderr) or last_line(done.stdout)
+        reason = why(done.stderr) or why(done.stdout)
         raise Failure(f"exit status {done.returncode}: {reason}" if reason else f"exit status {done.returncode}")
     line = last_line(done.stdout)
     if not line:
@@ -83,7 +91,7 @@ def ready_line(child, deadline):
         piece = os.read(output, 4096)
         if not piece:
             child.kill()
-            raise Failure(f"ended before it was ready: {last_line(child.stderr.read().decode())}")
+            raise Failure(f"ended before it was ready: {why(child.stderr.read().decode())}")
         text += piece
         for line in text.split(b"\n")[:-1]:
             with contextlib.suppress(ValueError):

@@ -7,7 +7,8 @@ Within a round the contestants take turns at each race, in an order that moves o
 that what disturbs the machine disturbs all of them alike. Each contestant warms itself up before its time
 counts. OUTPUT-DIRECTORY gets race.txt, race.json and race.svg.
 
---short does one quick round that says nothing about speed: it shows that everything runs.
+--short does one quick round, all contestants at once. It says nothing about speed: it shows that everything
+runs.
 --write-docs puts tables and chart into docs/performance.md and docs/performance.svg.
 --only takes the races whose names begin with one of the words: codec, host, host/a/1, start, links.
 
@@ -15,6 +16,7 @@ RACE_ROUNDS (5) and RACE_SECONDS (1, of each timed run) are taken from the envir
 1 when the floor or the library fails in a race; a peer that fails is told in the tables.
 """
 import argparse
+import concurrent.futures
 import json
 import os
 import pathlib
@@ -95,18 +97,32 @@ def run_race(run, race, contestant, course):
             shutil.rmtree(contestant.log_folder, ignore_errors=True)
 
 
+def wanted_races(effort, only):
+    return [race for race in races.all_races(effort) if not only or race.name.startswith(tuple(only))]
+
+
 def run_rounds(run, found, course, only):
     for number in range(course.effort.rounds):
         begin = time.monotonic()
         turn = number % len(found)
-        for race in races.all_races(course.effort):
-            if only and not race.name.startswith(tuple(only)):
-                continue
+        for race in wanted_races(course.effort, only):
             for contestant in found[turn:] + found[:turn]:
                 given_up = (contestant.name, race.name) in {one[:2] for one in run.failures}
                 if race.admits(contestant) and not given_up:
                     run_race(run, race, contestant, course)
         tell(f"round {number + 1} of {course.effort.rounds}: {time.monotonic() - begin:.0f} s")
+
+
+def run_side_by_side(run, found, course, only):
+    """One round with all contestants at once: quick, and no measure of anything."""
+
+    def run_all(contestant):
+        for race in wanted_races(course.effort, only):
+            if race.admits(contestant):
+                run_race(run, race, contestant, course)
+
+    with concurrent.futures.ThreadPoolExecutor(len(found)) as lanes:
+        list(lanes.map(run_all, found))
 
 
 def run_once(run, found, course, short):
@@ -161,7 +177,7 @@ def main():
     for name, reason in skipped.items():
         tell(f"skipped: {name}: {reason}")
     run = Run(build, found, skipped, course.effort)
-    run_rounds(run, found, course, given.only)
+    (run_side_by_side if given.short else run_rounds)(run, found, course, given.only)
     if not given.only:
         run_once(run, found, course, given.short)
 

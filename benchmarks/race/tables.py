@@ -17,11 +17,11 @@ def times(value):
     return f"{number(value)}x" if value is not None else ""
 
 
-def spread(values):
+def spread(values, divisor=1):
     """Median (least..most)."""
     if not values:
         return ""
-    ordered = sorted(values)
+    ordered = sorted(value / divisor for value in values)
     middle = (ordered[(len(ordered) - 1) // 2] + ordered[len(ordered) // 2]) / 2
     if len(ordered) == 1:
         return number(middle)
@@ -79,9 +79,9 @@ def codec(run):
     for measure in CODEC:
         over = run.results.over_floor(OURS, measure)
         ahead = run.results.ahead_of_best(measure, run.peers)
-        cells = [spread(run.results.values(name, measure.key)) for name in names]
+        cells = [spread(run.results.values(name, measure.key), 1000) for name in names]
         rows.append([measure.label, *cells, times(over), times(ahead)])
-    columns = ["body, ns", *names, "hexmire / floor", "best peer / hexmire"]
+    columns = ["body, us", *names, "hexmire / floor", "best peer / hexmire"]
     return Table("codec", "Bodies to trees and back", columns, rows)
 
 

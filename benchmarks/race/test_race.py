@@ -67,6 +67,7 @@ class Texts(unittest.TestCase):
         self.assertEqual(tables.spread([1, 2]), "1.50 (1.00..2.00)")
         self.assertEqual(tables.spread([1234567]), "1 234 567")
         self.assertEqual(tables.spread([]), "")
+        self.assertEqual(tables.spread([2500], 1000), "2.50")
 
     def test_columns_of_plain_tables_line_up(self):
         table = tables.Table("name", "Title", ["what", "n"], [["first", "1"], ["x", "22 222"]])
@@ -145,7 +146,10 @@ class Processes(unittest.TestCase):
         told = processes.result(self.python("print('so'); print('{\"a\": 1}')"), 30)
         self.assertEqual(told, {"a": 1})
 
-    def test_a_failure_tells_the_last_line_of_the_errors(self):
+    def test_a_failure_tells_the_line_that_names_the_error_or_the_last(self):
+        self.assertEqual(processes.why("  throw new Error(\nTypeError: no list\n\nNode\n"), "TypeError: no list")
+        self.assertEqual(processes.why("one\ntwo\n\n"), "two")
+        self.assertEqual(processes.why(""), "")
         with self.assertRaisesRegex(processes.Failure, "exit status 3: why"):
             processes.result(self.python("import sys", "print('why', file=sys.stderr)", "sys.exit(3)"), 30)
 
