@@ -230,19 +230,20 @@ def why_missing(peer):
 def play_own(program, tell):
     """The scenes with the plain peer, and the captures."""
     run.PROGRAM = program
-    acts = [(run.__name__, act, ()) for act in run.SCENARIOS]
-    acts += [(capture.__name__, act, (tempfile.TemporaryDirectory,)) for act in capture.SCENARIOS]
-    for group, act, folders in acts:
-        name = ("capture: " if group == "capture" else "plain peer: ") + act.__name__.replace("_", " ")
+
+    def play(group, act, *arguments):
+        name = f"{group}: {act.__name__.replace('_', ' ')}"
         try:
-            if folders:
-                with folders[0]() as folder:
-                    act(folder)
-            else:
-                act()
+            act(*arguments)
             tell(name, "passed", "")
-        except Exception as failure:
-            tell(name, "failed", repr(failure))
+        except Exception as failure:  # whatever it is, the other scenes are still to be played
+            tell(name, "failed", repr(failure)[:1000])
+
+    for act in run.SCENARIOS:
+        play("plain peer", act)
+    for act in capture.SCENARIOS:
+        with tempfile.TemporaryDirectory() as folder:
+            play("captures", act, folder)
 
 
 def parse():

@@ -188,6 +188,7 @@ def long_recipe(link):
     assert plain(sent["body_hex"]) == body.hex()
     reply = link.hexmire.take(seconds=2 * sides.PATIENCE, event="received-secondary", stream=7, function=4)
     assert plain(reply["body_hex"]) == body.hex(), "the recipe came back changed"
+    assert link.peer.take(event="received", stream=7, function=3)["body"] == body.hex(), "the recipe came changed"
     number = link.peer.request(7, 3, body.hex())
     primary = link.hexmire.take(seconds=2 * sides.PATIENCE, event="received-primary", stream=7, function=3)
     assert plain(primary["body_hex"]) == body.hex(), "the recipe came changed"

@@ -30,10 +30,11 @@ CHANGED_ITEMS = {
 INTRODUCTION = """# Interoperation
 
 `make interop` lets the program `hexmire` talk to stacks of the standards that others wrote, as host and as
-equipment, calling and called, and writes down here what it saw: `tests/interop/interop.py --write-docs`. The
-stacks come from package registries, pinned by version and hash ([dependencies](dependencies.md)); `make peers`
-installs them into `build/peers`, and a small program for each (`tests/interop/peers`) puts it at the other end of
-the link. A scene passes when every byte and event that it names came, and no error that it does not name.
+equipment, calling and called, and compares what it saw with this page, which is written by
+`tests/interop/interop.py PROGRAM --write-docs`. The stacks come from package registries, pinned by version and
+hash ([dependencies](dependencies.md)); `make peers` installs them into `build/peers`, and a small program for each
+(`tests/interop/peers`) puts it at the other end of the link. A scene passes when every byte and event that it
+names came, and no error that it does not name.
 
 The columns tell what the peer is and who calls; Hexmire is the other one. `yes`: as the standards say. `yes` with
 a number: the peer does otherwise, as the note below the table says, the scene has seen it do so, and Hexmire
