@@ -2,14 +2,20 @@
 
 #include <hexmire/hosting/EventLoop.h>
 
-#include <atomic>
+#include <termios.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
 #include <thread>
 
 namespace hexmire::program {
 
 /// Turns SIGINT, SIGTERM and SIGHUP into an event of the loop, so that the program can end its link
-/// first. A second one, while the loop has not come to the first, ends the program at once. To be
-/// made before anything that starts a thread, and used on the loop's thread.
+/// first. A further one ends the program at once if the loop has not come to the first within a
+/// second: its thread waits for a file, or for a reader of the output. To be made before anything
+/// that starts a thread, and used on the loop's thread.
 class Interrupt {
 public:
     /// The loop outlives this object.
@@ -17,6 +23,9 @@ public:
     Interrupt(const Interrupt&) = delete;
     Interrupt& operator=(const Interrupt&) = delete;
     ~Interrupt();
+
+    /// The terminal gets its present modes back when the program is ended at once.
+    void KeepTerminalModes();
 
     /// True once one of the signals has come.
     [[nodiscard]] bool HasCome() const noexcept { return come_; }
@@ -28,12 +37,21 @@ public:
     void Forget() noexcept { come_ = final_; }
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     void Watch(EventLoop& loop);
+    /// False when the loop, given its time, has not come to the signals before.
+    bool LoopTakesOn(std::unique_lock<std::mutex>& lock);
+    void Take(bool isFinal);
+    void RestoreTerminal() const;
 
     bool come_ = false;  // The loop's thread alone touches these two.
     bool final_ = false;
-    std::atomic<bool> waits_ = false;  // The loop has not taken the last signal yet.
-    std::atomic<bool> ending_ = false;
+    std::mutex mutex_;  // For the four below.
+    std::condition_variable changed_;
+    std::optional<Clock::time_point> waitsSince_;  ///< for the loop to take a signal
+    bool ending_ = false;
+    std::optional<termios> modes_;
     std::thread watcher_;
 };
 

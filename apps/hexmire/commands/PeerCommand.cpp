@@ -83,6 +83,7 @@ void Prompt(ScriptContext& context, Terminal& terminal, Interrupt& interrupt, Ro
         templates.push_back(Utf8FromLatin1(trans->Name()));
     context.Out << "'help' lists the commands, Ctrl-D ends." << std::endl;
     context.Side.StartOpening();
+    interrupt.KeepTerminalModes();
     terminal.Start(LineCompletion(context.Commands, std::move(templates)), HistoryFile());
     RunPrompt(context, terminal, interrupt, side == Role::Host ? "host> " : "equipment> ");
 }
