@@ -39,8 +39,8 @@ Action ReadDisconnect(const CommandText& text) {
 
 /// SML stands behind the command, and maybe in further lines: not a name.
 bool IsSml(const CommandText& text) {
-    return text.Rest.empty() || text.Rest.find_first_of("<\n") != std::string_view::npos ||
-           text.Rest.ends_with('.');
+    return text.Rest.empty() || text.Whole.find('\n') != std::string_view::npos ||
+           text.Rest.find('<') != std::string_view::npos || text.Rest.ends_with('.');
 }
 
 /// The message behind the command's name. The name is blanked, so that places stay right.
@@ -55,7 +55,7 @@ void Send(ScriptContext& context, const SECSTransPtr& trans, const std::string& 
     const std::uint64_t before = context.Side.Errors();
     bool isSent = trans != nullptr && context.Side.Send(trans);
     // Without a connection the link refuses the message a little later.
-    if (isSent && !context.Side.IsConnected())
+    if (isSent && !context.Side.CanSend())
         isSent = !context.WaitFor([&] { return context.Side.Errors() != before; }, 1s);
     if (!isSent)
         throw Failure("cannot send " + what + ": " + Utf8FromLatin1(context.Side.LastError()));

@@ -3,11 +3,11 @@
 #include <hexmire/hosting/Utf8.h>
 #include <hexmire/support/HexBytes.h>
 
+#include "FileReader.h"
+#include "Utf8Character.h"
+
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iostream>
-#include <iterator>
 
 namespace hexmire::program {
 
@@ -23,12 +23,6 @@ struct Place {
         if (character == '\n') *this = {Line + 1, 1};
     }
 };
-
-std::string Contents(std::istream& stream, const std::string& name) {
-    std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    if (stream.bad()) throw Failure("cannot read " + name);
-    return text;
-}
 
 bool IsFile(const std::string& name) {
     std::error_code error;
@@ -48,37 +42,13 @@ bool IsHexPrefix(const std::string& text, std::size_t offset) {
            (text[offset + 1] == 'x' || text[offset + 1] == 'X');
 }
 
-/// Number of bytes of the UTF-8 character at an offset and its code; no bytes for what is none.
-struct Character {
-    std::size_t Size = 0;
-    std::uint32_t Code = 0;
-};
-
-Character CharacterAt(std::string_view text, std::size_t offset) {
-    const auto lead = static_cast<unsigned char>(text[offset]);
-    if (lead < 0x80) return {1, lead};
-    const std::size_t size = lead >= 0xF0 ? 4U : lead >= 0xE0 ? 3U : 2U;
-    if (lead < 0xC2 || lead > 0xF4 || size > text.size() - offset) return {};
-    std::uint32_t code = lead & (0x7FU >> size);
-    for (std::size_t i = 1; i < size; ++i) {
-        const auto next = static_cast<unsigned char>(text[offset + i]);
-        if ((next & 0xC0U) != 0x80U) return {};
-        code = code << 6U | (next & 0x3FU);
-    }
-    constexpr std::uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-    return code < kLeast[size] ? Character{} : Character{size, code};
-}
-
 }  // namespace
 
 Input ReadInput(const std::vector<std::string>& words) {
     if (words.empty() || (words.size() == 1 && words.front() == "-"))
-        return {.Name = "<stdin>", .Text = Contents(std::cin, "the standard input")};
-    if (words.size() == 1 && IsFile(words.front())) {
-        std::ifstream file(words.front(), std::ios::binary);
-        if (!file) throw Failure("cannot read " + words.front());
-        return {.Name = words.front(), .Text = Contents(file, words.front())};
-    }
+        return {.Name = "<stdin>", .Text = FileReader().ReadAll()};
+    if (words.size() == 1 && IsFile(words.front()))
+        return {.Name = words.front(), .Text = FileReader(words.front(), words.front()).ReadAll()};
     Input input{.Name = "<argument>", .Text = words.front()};
     for (std::size_t i = 1; i < words.size(); ++i)
         input.Text += ' ' + words[i];
@@ -129,7 +99,7 @@ std::string Latin1Text(std::string_view utf8) {
     latin1.reserve(utf8.size());
     Place place;
     for (std::size_t offset = 0; offset < utf8.size();) {
-        const Character character = CharacterAt(utf8, offset);
+        const Utf8Character character = FirstCharacter(utf8.substr(offset));
         if (character.Size == 0)
             throw BadText(
                 "expected UTF-8, found " + Found(utf8[offset]), place.Line, place.Column, false);

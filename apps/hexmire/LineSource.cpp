@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -51,14 +52,20 @@ bool LineSource::Give(std::string line) {
 void LineSource::ReadStandardInput(int wake) {
     std::string pending;
     std::array<char, 4096> buffer{};
+    int error = 0;
     while (pending.size() <= kLongestLine) {
         pollfd watched[] = {{.fd = STDIN_FILENO, .events = POLLIN, .revents = 0},
                             {.fd = wake, .events = POLLIN, .revents = 0}};
-        if (::poll(watched, 2, -1) < 0 && errno != EINTR) break;
+        if (::poll(watched, 2, -1) < 0) {
+            if (errno == EINTR) continue;
+            error = errno;
+            break;
+        }
         if (watched[1].revents != 0) return;
         if (watched[0].revents == 0) continue;
         const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
         if (count < 0 && errno == EINTR) continue;
+        if (count < 0) error = errno;
         if (count <= 0) break;
         std::size_t searched = pending.size();
         pending.append(buffer.data(), static_cast<std::size_t>(count));
@@ -69,9 +76,10 @@ void LineSource::ReadStandardInput(int wake) {
             searched = 0;
         }
     }
-    loop_.Post([taken = taken_, line = std::move(pending)] {
+    loop_.Post([taken = taken_, line = std::move(pending), error] {
         taken->IsTooLong = line.size() > kLongestLine;
-        if (!line.empty() && !taken->IsTooLong) taken->Lines.push_back(line);
+        taken->Error = error;
+        if (!line.empty() && !taken->IsTooLong && error == 0) taken->Lines.push_back(line);
         taken->HasEnded = true;
     });
 }
@@ -81,6 +89,9 @@ std::optional<std::string> LineSource::Next(const std::function<bool()>& givenUp
                    std::chrono::nanoseconds::max());
     if (givenUp()) return std::nullopt;
     if (taken_->Lines.empty()) {
+        if (taken_->Error != 0)
+            throw Failure(std::string("cannot read the script <stdin>: ") +
+                          std::strerror(taken_->Error));
         if (taken_->IsTooLong) throw UsageError("<stdin>: a line is longer than 16 MiB");
         return std::nullopt;
     }

@@ -24,7 +24,8 @@ public:
     ~LineSource();
 
     /// The next line; the loop runs while it is waited for. None at the end of the input, or when
-    /// `given_up` holds before a line has come. Throws UsageError for a line of more than 16 MiB.
+    /// `givenUp` holds before a line has come. Throws UsageError for a line of more than 16 MiB,
+    /// and Failure when the input cannot be read.
     [[nodiscard]] std::optional<std::string> Next(const std::function<bool()>& givenUp);
 
 private:
@@ -38,6 +39,7 @@ private:
         std::deque<std::string> Lines{};
         bool HasEnded = false;
         bool IsTooLong = false;  ///< ended by a line that does not end
+        int Error = 0;           ///< ended by what the system could not do
     };
 
     EventLoop& loop_;

@@ -1,7 +1,10 @@
 #include "ScriptRunner.h"
 
-#include <filesystem>
-#include <fstream>
+#include "FileReader.h"
+#include "MessageEnd.h"
+
+#include <algorithm>
+#include <cstddef>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -10,22 +13,14 @@ namespace hexmire::program {
 
 namespace {
 
-/// False for a line that cannot hold the "." at the end of a message: reading all that came so far
-/// again for each "." in numbers and texts would take long.
-bool MayEndMessage(std::string_view line) {
-    const std::size_t last = line.find_last_not_of(" \t\r");
-    if (last == std::string_view::npos) return false;
-    if (line[last] == '.') return true;
-    for (std::size_t i = 0; i < last; ++i) {
-        if (line[i] == '"' || line[i] == '\'') {
-            const std::size_t quote = line.find(line[i], i + 1);
-            if (quote != std::string_view::npos) i = quote;
-        } else if (line[i] == '.' &&
-                   std::string_view(" \t/*").find(line[i + 1]) != std::string_view::npos) {
-            return true;  // A comment may follow, or what does not belong there.
-        }
-    }
-    return false;
+/// Of a line in a file, and of a command with the lines that go on in it.
+constexpr std::size_t kLongest = std::size_t{16} << 20;
+
+/// The command's name is no SML.
+std::string WithoutName(std::string line) {
+    const std::size_t begin = std::min(line.find_first_not_of(" \t"), line.size());
+    const std::size_t end = std::min(line.find_first_of(" \t\r", begin), line.size());
+    return line.replace(begin, end - begin, end - begin, ' ');
 }
 
 void Do(const Action& action, ScriptContext& context, const std::string& place) {
@@ -64,32 +59,29 @@ std::optional<Action> ScriptReader::Next() {
 }
 
 Action ScriptReader::ReadCommand(std::string text) {
+    std::optional<MessageEnd> end;
     for (;;) {
         try {
             return commands_.Read(text);
         } catch (const BadCommand& bad) {
             if (!bad.IsIncomplete) throw;
-            for (bool mayEnd = false; !mayEnd;) {
-                const std::optional<std::string> more = next_(true);
-                if (!more) return commands_.Read(text);
-                ++lines_;
-                mayEnd = MayEndMessage(*more);
-                text += '\n' + *more;
-            }
+        }
+        if (!end) static_cast<void>(end.emplace().MayBeIn(WithoutName(text)));
+        for (bool mayEnd = false; !mayEnd;) {
+            const std::optional<std::string> more = next_(true);
+            if (!more) return commands_.Read(text);
+            ++lines_;
+            if (text.size() + more->size() >= kLongest)
+                throw BadCommand("the command is longer than 16 MiB");
+            mayEnd = end->MayBeIn(*more);
+            text += '\n' + *more;
         }
     }
 }
 
 void RunScriptFile(ScriptContext& context, const std::string& path) {
-    std::error_code error;
-    std::ifstream file(path);
-    if (!file || std::filesystem::is_directory(path, error))
-        throw Failure("cannot read the script " + path);
-    ScriptReader reader(context.Commands, path, [&](bool) -> std::optional<std::string> {
-        std::string line;
-        if (!std::getline(file, line)) return std::nullopt;
-        return line;
-    });
+    FileLines file(path, "the script " + path);
+    ScriptReader reader(context.Commands, path, [&](bool) { return file.Next(kLongest); });
     struct Step {
         Action Do;
         std::string Place;

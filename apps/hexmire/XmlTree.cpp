@@ -1,15 +1,13 @@
 #include "XmlTree.h"
 
 #include "Failure.h"
+#include "FileReader.h"
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <limits>
 #include <memory>
 
 namespace hexmire::program {
@@ -46,13 +44,7 @@ XmlElement Element(xmlNode& node) {  // NOLINT(misc-no-recursion)
 std::string FileBytes(const std::string& path) {
     std::error_code error;
     if (!std::filesystem::exists(path, error)) throw Failure("no such dictionary file: " + path);
-    if (std::filesystem::is_directory(path, error))
-        throw Failure("cannot read the dictionary " + path + ": it is a folder");
-    std::ifstream file(path, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    const bool fits = bytes.size() <= static_cast<std::size_t>(std::numeric_limits<int>::max());
-    if (!file || !fits) throw Failure("cannot read the dictionary " + path);
-    return bytes;
+    return FileReader(path, "the dictionary " + path).ReadAll();
 }
 
 XmlTree Broken(const xmlError* error) {

@@ -13,6 +13,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace hexmire::program {
@@ -92,6 +93,39 @@ TEST(Script, comment_may_stand_behind_the_end_of_sml) {
                   "it:4: expected 'wait SECONDS'")
             << end;
     EXPECT_THAT(Refusal("send\nS1F1 W\n. wait\nwait"), HasSubstr("it:3:3: expected"));
+}
+
+TEST(Script, quotes_and_points_in_comments_hide_no_end) {
+    for (const char* sml : {"S1F1 W /* it's */. // that's it",
+                            "S1F1 W /*\nit's.\n*/ . // \"",
+                            "S1F1 <A 'x' // it's.\n>.",
+                            "S1F1 <A \"/* it's\" >. /* a\n. b */"}) {
+        const auto lines = std::count(sml, sml + std::string_view(sml).size(), '\n');
+        EXPECT_EQ(Refusal("send\n" + std::string(sml) + "\nwait"),
+                  "it:" + std::to_string(3 + lines) + ": expected 'wait SECONDS'")
+            << sml;
+    }
+}
+
+TEST(Script, command_over_lines_is_sml_even_without_an_end) {
+    EXPECT_EQ(Refusal("send\nS1F1"), "it:2:5: expected \"<\" or \".\", found the end of the text");
+}
+
+TEST(Script, command_that_does_not_end_is_refused) {
+    const ScriptCommands commands = CommonCommands();
+    std::size_t given = 0;
+    ScriptReader reader(commands, "it", [&](bool isContinued) -> std::optional<std::string> {
+        std::string line = isContinued ? std::string(1 << 20, ' ') : "send";
+        given += line.size();
+        return line;
+    });
+    try {
+        static_cast<void>(reader.Next());
+        FAIL();
+    } catch (const UsageError& error) {
+        EXPECT_STREQ(error.what(), "it:1: the command is longer than 16 MiB");
+    }
+    EXPECT_LT(given, std::size_t{17} << 20U);
 }
 
 TEST(Script, sml_is_not_read_again_for_points_in_numbers_and_texts) {
