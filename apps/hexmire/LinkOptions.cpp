@@ -107,22 +107,29 @@ void AddRecordOptions(CLI::App& command, LinkOptions& options) {
                     options.Trace,
                     "Write every byte sent and received to a text file in this folder, one for "
                     "each port and day")
+        ->check(&RefuseEmptyName)
         ->type_name("FOLDER");
     command
         .add_option("--pcap",
                     options.Pcap,
                     "Write what goes over TCP to a capture (pcapng, for Wireshark) in this "
                     "folder, one for each port and day")
+        ->check(&RefuseEmptyName)
         ->type_name("FOLDER");
     command
         .add_option("--recipes",
                     options.Recipes,
                     "Store the process program of each S7F3 and S7F6 below this folder, in sent/ "
                     "and received/")
+        ->check(&RefuseEmptyName)
         ->type_name("FOLDER");
 }
 
 }  // namespace
+
+std::string RefuseEmptyName(const std::string& name) {
+    return name.empty() ? "a name has no characters" : "";
+}
 
 void AddFileOptions(CLI::App& command, LinkOptions& options) {
     const auto isLogName = [](const std::string& name) {
@@ -142,6 +149,7 @@ void AddFileOptions(CLI::App& command, LinkOptions& options) {
                     options.Dictionary,
                     "XML dictionary (default: Default.xml next to the program, of the source tree, "
                     "or in the current directory)")
+        ->check(&RefuseEmptyName)
         ->type_name("FILE");
 }
 

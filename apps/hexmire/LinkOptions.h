@@ -43,6 +43,9 @@ struct LinkOptions {
     std::string Dictionary{};
 };
 
+/// What is wrong with a name of a file or folder on the command line; "" when nothing is.
+[[nodiscard]] std::string RefuseEmptyName(const std::string& name);
+
 /// Adds the options of files (log, traces, recipes, dictionary), and all of a link's options.
 void AddFileOptions(CLI::App& command, LinkOptions& options);
 void AddLinkOptions(CLI::App& command, LinkOptions& options);

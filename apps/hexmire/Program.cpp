@@ -1,6 +1,7 @@
 #include "Program.h"
 
 #include "Failure.h"
+#include "VisibleText.h"
 #include "commands/DecodeCommand.h"
 #include "commands/DemoCommand.h"
 #include "commands/DictionaryCommand.h"
@@ -8,10 +9,13 @@
 #include "commands/LogCommand.h"
 #include "commands/PeerCommand.h"
 #include <CLI/CLI.hpp>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <string>
 
 namespace hexmire::program {
@@ -25,7 +29,7 @@ void PrintVersion() { std::cout << "hexmire " << HEXMIRE_VERSION << std::endl; }
 
 int Report(std::string message, int status) {
     std::replace(message.begin(), message.end(), '\n', ' ');
-    std::cerr << "hexmire: " << message << std::endl;
+    std::cerr << "hexmire: " << VisibleText(message) << std::endl;
     return status;
 }
 
@@ -33,6 +37,15 @@ int Report(std::string message, int status) {
 int Written(int status) {
     if (!std::cout.flush()) return Report("cannot write to the standard output", kFailed);
     return status;
+}
+
+/// A standard stream that the program was started without would be the next file or socket that it
+/// opens. In its place: an input at its end, an output that cannot be written.
+void OpenMissingStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest number that is free is taken.
+        if (::fcntl(stream, F_GETFD) < 0) static_cast<void>(::open("/dev/null", O_RDONLY));
+    }
 }
 
 void AddPeer(CLI::App& program,
@@ -47,6 +60,7 @@ void AddPeer(CLI::App& program,
 }  // namespace
 
 int Run(int argc, const char* const* argv) {
+    OpenMissingStreams();
     CLI::App program("SECS-II messages between a factory host and its equipment", "hexmire");
     program.set_version_flag(
         "--version", std::string("hexmire ") + HEXMIRE_VERSION, "Print the version");
@@ -103,6 +117,8 @@ int Run(int argc, const char* const* argv) {
         return Report(error.what(), kNotUnderstood);
     } catch (const Told&) {
         return kFailed;
+    } catch (const std::bad_alloc&) {
+        return Report("out of memory", kFailed);
     } catch (const std::exception& error) {
         return Report(error.what(), kFailed);
     }

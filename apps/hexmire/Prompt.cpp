@@ -1,6 +1,7 @@
 #include "Prompt.h"
 
 #include "ScriptRunner.h"
+#include "VisibleText.h"
 
 #include <optional>
 
@@ -20,10 +21,10 @@ bool DoNext(ScriptContext& context, ScriptReader& reader) {
         if (!action) return false;
         if (*action) (*action)(context);
     } catch (const BadCommand& bad) {
-        if (!context.GivenUp()) context.Out << "error: " << TextOf(bad) << std::endl;
+        if (!context.GivenUp()) context.Out << "error: " << VisibleText(TextOf(bad)) << std::endl;
     } catch (const Failure& failure) {
         if (context.GivenUp()) context.Out << '\n';  // The terminal has shown "^C".
-        context.Out << "error: " << failure.what() << std::endl;
+        context.Out << "error: " << VisibleText(failure.what()) << std::endl;
     }
     return true;
 }
@@ -35,8 +36,11 @@ void RunPrompt(ScriptContext& context,
                Interrupt& interrupt,
                const std::string& prompt) {
     ScriptReader reader(context.Commands, "", [&](bool isContinued) {
-        return terminal.Next(isContinued ? std::string(prompt.size() - 2, '.') + "> " : prompt,
-                             context.GivenUp);
+        auto line = terminal.Next(isContinued ? std::string(prompt.size() - 2, '.') + "> " : prompt,
+                                  context.GivenUp);
+        // What there is of the command is dropped.
+        if (!line && isContinued && context.GivenUp()) throw BadCommand("interrupted");
+        return line;
     });
     while (!context.Ended) {
         const bool goesOn = DoNext(context, reader);

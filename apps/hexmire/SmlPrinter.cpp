@@ -20,11 +20,6 @@ std::string Indented(std::string_view sml) {
     return text;
 }
 
-bool IsControl(char letter) {
-    const auto code = static_cast<unsigned char>(letter);
-    return (code < 0x20 && letter != '\n' && letter != '\t') || (code >= 0x7F && code < 0xA0);
-}
-
 }  // namespace
 
 SmlPrinter::SmlPrinter(std::ostream& out, std::string label, Detail detail, Controls controls)
@@ -32,19 +27,7 @@ SmlPrinter::SmlPrinter(std::ostream& out, std::string label, Detail detail, Cont
 
 std::string SmlPrinter::Shown(std::string_view latin1) const {
     if (controls_ == Controls::AsTheyCame) return Utf8FromLatin1(latin1);
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string text;
-    text.reserve(latin1.size());
-    for (std::size_t i = 0; i < latin1.size(); ++i) {
-        const bool endsLine = latin1.substr(i).starts_with("\r\n");
-        if (endsLine || !IsControl(latin1[i])) {
-            text.push_back(latin1[i]);
-        } else {
-            const auto code = static_cast<unsigned char>(latin1[i]);
-            text.append("\\x").append({kDigits[code >> 4U], kDigits[code & 0x0FU]});
-        }
-    }
-    return Utf8FromLatin1(text);
+    return VisibleText(Utf8FromLatin1(latin1), "\n\t");
 }
 
 void SmlPrinter::Connect() { out_ << label_ << " connected" << std::endl; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EventOutput.h"
+#include "VisibleText.h"
 
 #include <cstdint>
 #include <ostream>
@@ -15,11 +16,6 @@ public:
     enum class Detail : std::uint8_t {
         Everything,
         ReceivedSml,  ///< a sent message is one line: the other side, shown too, prints its SML
-    };
-
-    enum class Controls : std::uint8_t {
-        AsTheyCame,
-        Visible,  ///< "\x1B": the other side is not to move a terminal's cursor
     };
 
     /// Lines begin with the label. The stream outlives this object.

@@ -71,8 +71,12 @@ TEST(Demo, without_log_writes_no_file) {
 }
 
 TEST(Demo, tells_when_the_log_could_not_be_written) {
+    // Beside the program: a copy of it stands where a file has the name of the folder.
     const TempFolder folder;
-    ChildProcess demo(HEXMIRE_PROGRAM, {"demo", "--log", folder / "missing/folder/demo.log"});
+    std::filesystem::copy_file(HEXMIRE_PROGRAM, folder / "hexmire");
+    folder.Write("Log", "");
+    ChildProcess demo(folder / "hexmire",
+                      {"demo", "--dictionary", HEXMIRE_SOURCE_DIR "/dictionaries/Default.xml"});
     EXPECT_EQ(demo.Wait(), 0);
     EXPECT_THAT(demo.Output(), HasSubstr("Message log: could not be written to "));
 }

@@ -1,6 +1,7 @@
 #include "Endpoint.h"
 #include "JsonEvents.h"
 #include "SmlPrinter.h"
+#include "VisibleText.h"
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -86,7 +87,7 @@ TEST(SmlPrinter, control_characters_are_visible_on_a_terminal) {
     MessageRecord message = Sample(MessageKind::ReceivedPrimary);
     message.Sml = "S10F3 W\r\n< A '\x1B[2J\x9B\x7F\t\r\xE4\n' >\r\n.";
     std::ostringstream out;
-    SmlPrinter printer(out, "host", Everything, SmlPrinter::Controls::Visible);
+    SmlPrinter printer(out, "host", Everything, Controls::Visible);
     printer.Message(message);
     printer.Error(2012, "\033c", 0);
     printer.Disconnect(3054, "gone\a");
@@ -97,6 +98,15 @@ TEST(SmlPrinter, control_characters_are_visible_on_a_terminal) {
     std::ostringstream file;
     SmlPrinter(file, "host").Error(2012, "\x1B", 0);
     EXPECT_EQ(file.str(), "host error 2012 \x1B\n");
+}
+
+TEST(VisibleText, what_is_no_printable_utf_8_is_shown_by_its_bytes) {
+    EXPECT_EQ(VisibleText("a\t\r\n\x7F\xC3\xA9\xE2\x82\xAC"),
+              "a\\x09\\x0D\\x0A\\x7F\xC3\xA9\xE2\x82\xAC");
+    EXPECT_EQ(VisibleText("\r\r\n\t\n", "\n\t"), "\\x0D\r\n\t\n");
+    EXPECT_EQ(VisibleText("\xC3(\xE2\x82 \xC0\x80\xF5\xC2\x9B"),
+              "\\xC3(\\xE2\\x82 \\xC0\\x80\\xF5\\x9B");
+    EXPECT_EQ(VisibleText(""), "");
 }
 
 TEST(Endpoint, address_and_port_are_read_and_written) {

@@ -17,8 +17,10 @@ namespace {
 using fakes::ChildProcess;
 using fakes::TempFolder;
 using nlohmann::json;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::Not;
 
 using Words = std::vector<std::string>;
 
@@ -210,6 +212,35 @@ TEST_F(TwoProcesses, signal_ends_a_link_with_a_separate) {
         EXPECT_EQ(host.Errors(), "");
         EXPECT_TRUE(equipment.ReadUntil("\"code\":3035"));
         equipment.Signal(signal);
+        EXPECT_EQ(equipment.Wait(), 0);
+    }
+}
+
+TEST_F(TwoProcesses, two_signals_at_once_end_a_link_with_a_separate_too) {
+    ChildProcess equipment(HEXMIRE_PROGRAM, Equipment());
+    ChildProcess host(HEXMIRE_PROGRAM, Host());
+    ASSERT_TRUE(host.ReadUntil("\"connect\""));
+    host.Signal(SIGTERM);
+    host.Signal(SIGHUP);
+    host.Signal(SIGINT);
+    EXPECT_EQ(host.Wait(), 0);
+    EXPECT_TRUE(equipment.ReadUntil("\"code\":3035"));
+    equipment.Signal(SIGHUP);
+    equipment.Signal(SIGTERM);
+    EXPECT_EQ(equipment.Wait(), 0);
+}
+
+TEST_F(TwoProcesses, unfinished_command_is_not_done_when_a_signal_comes) {
+    for (const char* unfinished : {"send\nS1F1", "send S1F3 W <L\n<U4 1001>\n>"}) {
+        ChildProcess equipment(HEXMIRE_PROGRAM, Equipment());
+        ChildProcess host(HEXMIRE_PROGRAM, Host({"--script", "-"}));
+        host.Write("connect\n" + std::string(unfinished) + "\n");
+        ASSERT_TRUE(host.ReadUntil("\"connect\""));
+        host.Signal(SIGTERM);
+        EXPECT_EQ(host.Wait(), 1);
+        EXPECT_THAT(host.Errors(), EndsWith("interrupted\n"));
+        EXPECT_THAT(host.Output(), Not(HasSubstr("\"sent\"")));
+        equipment.Signal(SIGTERM);
         EXPECT_EQ(equipment.Wait(), 0);
     }
 }

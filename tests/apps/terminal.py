@@ -4,6 +4,7 @@
     terminal.py PROGRAM
 """
 
+import fcntl
 import os
 import pty
 import select
@@ -13,11 +14,23 @@ import stat
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 import unittest
 
 PROGRAM = ""
 BOUND = 20.0  # seconds; longer than anything here takes
+
+
+def modes(terminal):
+    return termios.tcgetattr(terminal)[3]
+
+
+def size(terminal):
+    """Bytes that wait to be read."""
+    room = bytearray(4)
+    fcntl.ioctl(terminal, termios.FIONREAD, room)
+    return int.from_bytes(room, sys.byteorder)
 
 
 class Prompt:
@@ -157,6 +170,45 @@ class Terminal(unittest.TestCase):
         host.wait_for("host> ")
         os.kill(host.process, signal.SIGTERM)
         self.assertEqual(host.end(), 0)
+
+    def test_a_command_that_is_dropped_is_not_done(self):
+        self.equipment()
+        host = self.prompt()
+        host.wait_for("host connected")
+        host.type("send\rS1F1 W\r")
+        host.wait_for("....> ")
+        host.wait_for("....> ")
+        host.type("\x03")
+        host.wait_for("host> ")
+        host.type("quit\r")
+        self.assertEqual(host.end(), 0)
+        self.assertNotIn("sent", host.shown)
+        self.assertNotIn("error: ", host.shown)
+
+    def test_a_terminal_that_nobody_reads_gets_its_modes_back(self):
+        equipment = self.equipment()
+        host = self.prompt()
+        host.wait_for("host connected")
+        host.wait_for("host> ")
+        self.assertFalse(modes(host.descriptor) & termios.ICANON)
+        equipment.stdin.write(b"send S5F1 <A '%s'>.\n" % (b"x" * 500_000))  # no terminal holds it
+        equipment.stdin.flush()
+        waits = 0
+        while waits < 5:  # Until nothing more comes.
+            before = size(host.descriptor)
+            waits = waits + 1 if not select.select([], [], [], 0.2)[0] and before > 0 and \
+                before == size(host.descriptor) else 0
+        os.kill(host.process, signal.SIGTERM)
+        os.kill(host.process, signal.SIGHUP)
+        status = os.waitstatus_to_exitcode(os.waitpid(host.process, 0)[1])
+        self.assertIn(status, (128 + signal.SIGTERM, 128 + signal.SIGHUP))
+        wanted = termios.ICANON | termios.ECHO
+        self.assertEqual(modes(host.descriptor) & wanted, wanted)
+
+    def test_decoded_bytes_move_no_cursor(self):
+        shown = Prompt(self.state, "decode", "41 04 1B 5B 32 4A")
+        shown.wait_for("< A '\\x1B[2J' >")
+        self.assertEqual(shown.end(), 0)
 
     def test_a_signal_ends_the_prompt_and_what_runs_there(self):
         host = self.prompt()

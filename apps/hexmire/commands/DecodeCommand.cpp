@@ -9,6 +9,7 @@
 #include "Failure.h"
 #include "Input.h"
 #include "MessageRecord.h"
+#include "VisibleText.h"
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
@@ -177,7 +178,15 @@ void Print(const DecodeOptions& options, const Frame& frame, const Shown& shown)
         return;
     }
     if (options.Header) std::cout << "* " << HeaderLine(frame.Header) << '\n';
-    std::cout << Utf8FromLatin1(WithoutReturns(shown.Sml));
+    const std::string text = Utf8FromLatin1(WithoutReturns(shown.Sml));
+    std::cout << (ControlsOfOutput() == Controls::Visible ? VisibleText(text, "\n\t") : text);
+}
+
+std::optional<Framing> FramingNamed(const std::string& name) {
+    if (name == "message") return Framing::Message;
+    if (name == "hsms") return Framing::Hsms;
+    if (name == "secs1") return Framing::SecsI;
+    return std::nullopt;
 }
 
 Input Read(const DecodeOptions& options) {
@@ -207,13 +216,16 @@ void AddDecodeOptions(CLI::App& command, DecodeOptions& options) {
     command.add_flag("--binary", options.Binary, "The input is bytes, not hex");
     CLI::Option* header = command.add_flag(
         "--header", options.Header, "The input is whole messages, header included, not one body");
+    const auto isFraming = [](const std::string& name) {
+        return FramingNamed(name) ? std::string() : "'" + name + "' is none of message|hsms|secs1";
+    };
     command
-        .add_option("--framing",
-                    options.Framing,
-                    "How whole messages lie in the input: message (one, header and body), hsms "
-                    "(behind 4-byte lengths), secs1 (blocks); default: as it looks")
-        ->transform(CLI::CheckedTransformer(std::vector<std::pair<std::string, Framing>>{
-            {"message", Framing::Message}, {"hsms", Framing::Hsms}, {"secs1", Framing::SecsI}}))
+        .add_option_function<std::string>(
+            "--framing",
+            [&options](const std::string& name) { options.Framing = *FramingNamed(name); },
+            "How whole messages lie in the input: message (one, header and body), hsms "
+            "(behind 4-byte lengths), secs1 (blocks); default: as it looks")
+        ->check(isFraming)
         ->option_text("message|hsms|secs1")
         ->needs(header);
     command.add_flag("--exact",

@@ -1,21 +1,17 @@
 #include "commands/DemoCommand.h"
 
-#include <hexmire/hosting/SystemClock.h>
-#include <hexmire/support/DateText.h>
-
 #include "DemoEquipment.h"
 #include "DictionaryFile.h"
 #include "Failure.h"
 #include "FreePort.h"
 #include "Interrupt.h"
+#include "MessageLogFile.h"
 #include "Peer.h"
 #include "SmlPrinter.h"
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <iostream>
@@ -56,15 +52,6 @@ std::string Milliseconds(Clock::duration duration) {
     std::snprintf(
         text, sizeof text, "%.2f ms", std::chrono::duration<double, std::milli>(duration).count());
     return text;
-}
-
-/// The file of today of a log with this base name.
-std::string DailyFile(const std::string& baseName) {
-    const std::string date = DateText(SystemClock().Now().Date, '-');
-    std::string path =
-        baseName.substr(0, baseName.size() - std::strlen(".log")) + "_" + date + ".log";
-    std::replace(path.begin(), path.end(), '\\', '/');
-    return path;
 }
 
 class Demo {
@@ -132,6 +119,10 @@ private:
 };
 
 void Demo::Run() {
+    if (!given_.Log.empty()) {
+        if (const std::string problem = ProblemOfLog(given_.Log); !problem.empty())
+            throw Failure(problem);
+    }
     const std::string dictionary = FindDictionary(given_.Dictionary);
     hostSide_.LoadDictionary(dictionary);
     equipmentSide_.LoadDictionary(dictionary);

@@ -111,8 +111,11 @@ void PrintTable(const std::vector<Row>& rows) {
     }
 }
 
-/// What loading reported goes to the standard error; the rest of the file is there.
-void TellErrors(const LoadedDictionary& dictionary) {
+/// What loading reported goes to the standard error, if the rest of the file is there.
+void TellErrors(const LoadedDictionary& dictionary, const std::string& path) {
+    const bool isEmpty = dictionary.begin() == dictionary.end();
+    if (isEmpty && !dictionary.Errors().empty())
+        throw Failure("cannot read the dictionary " + path + ": " + dictionary.Errors().front());
     for (const std::string& error : dictionary.Errors())
         std::cerr << "hexmire: loading reports " << error << '\n';
 }
@@ -120,7 +123,7 @@ void TellErrors(const LoadedDictionary& dictionary) {
 void List(const DictionaryOptions& options) {
     const std::string path = FindDictionary(options.Dictionary);
     const LoadedDictionary dictionary(path);
-    TellErrors(dictionary);
+    TellErrors(dictionary, path);
     std::vector<Row> rows{{"NAME", "PRIMARY", "REPLY", "DESCRIPTION"}};
     for (const SECSTransPtr& trans : dictionary) {
         if (!Matches(options.Pattern, *trans)) continue;
@@ -161,7 +164,7 @@ std::string Title(const std::string& name, const std::string& description) {
 void Show(const DictionaryOptions& options) {
     const std::string path = FindDictionary(options.Dictionary);
     const LoadedDictionary dictionary(path);
-    TellErrors(dictionary);
+    TellErrors(dictionary, path);
     const SECSTransPtr trans = Find(dictionary, Latin1FromUtf8(options.Name));
     if (trans == nullptr) throw Failure("no transaction '" + options.Name + "' in " + path);
     const bool hasReply = HasReply(*trans);

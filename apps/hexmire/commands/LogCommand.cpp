@@ -177,7 +177,7 @@ void RunEntries(const LogOptions& options) {
     if (options.Json) {
         sink = std::make_unique<JsonLog>(std::cout, FilterOf(options));
     } else {
-        sink = std::make_unique<EntryPrinter>(std::cout, FilterOf(options));
+        sink = std::make_unique<EntryPrinter>(std::cout, FilterOf(options), ControlsOfOutput());
     }
     LogReader reader(*sink);
     ReadAll(options, reader);

@@ -7,6 +7,7 @@
 #include "Interrupt.h"
 #include "JsonEvents.h"
 #include "LineSource.h"
+#include "MessageLogFile.h"
 #include "Peer.h"
 #include "Prompt.h"
 #include "ScriptRunner.h"
@@ -15,7 +16,6 @@
 #include "equipment/EquipmentOptions.h"
 #include "equipment/OperatorCommands.h"
 #include <CLI/CLI.hpp>
-#include <unistd.h>
 
 #include <csignal>
 #include <iostream>
@@ -31,12 +31,10 @@ namespace {
 
 std::unique_ptr<EventOutput> OutputFor(const PeerOptions& options, std::ostream& out) {
     if (options.Json) return std::make_unique<JsonEvents>(out);
-    using Controls = SmlPrinter::Controls;
-    return std::make_unique<SmlPrinter>(
-        out,
-        options.Side == Role::Host ? "host" : "equipment",
-        SmlPrinter::Detail::Everything,
-        ::isatty(STDOUT_FILENO) == 1 ? Controls::Visible : Controls::AsTheyCame);
+    return std::make_unique<SmlPrinter>(out,
+                                        options.Side == Role::Host ? "host" : "equipment",
+                                        SmlPrinter::Detail::Everything,
+                                        ControlsOfOutput());
 }
 
 /// What AddOperatorCommands adds, for which it needs an equipment that runs.
@@ -74,7 +72,12 @@ void Run(ScriptContext& context, const std::string& script) {
     if (script.empty()) return Serve(context);
     if (script != "-") return RunScriptFile(context, script);
     LineSource lines(context.Loop);
-    RunScriptLines(context, "<stdin>", [&](bool) { return lines.Next(context.GivenUp); });
+    RunScriptLines(context, "<stdin>", [&](bool isContinued) {
+        std::optional<std::string> line = lines.Next(context.GivenUp);
+        // What there is of the command is not to be done.
+        if (!line && isContinued && context.GivenUp()) throw Failure("interrupted");
+        return line;
+    });
 }
 
 void Prompt(ScriptContext& context, Terminal& terminal, Interrupt& interrupt, Role side) {
@@ -93,11 +96,24 @@ EquipmentRole::Options SimulationOf(const PeerOptions& options) {
     return SimulationOf(options.Equipment);
 }
 
+/// A log that cannot be written where it was asked for is a failure; the place that it has by
+/// itself may well be one that only an installation writes to.
+void CheckLog(Peer& peer, const LinkOptions& options) {
+    if (options.NoLog) return;
+    const std::string problem = ProblemOfLog(peer.Control().SECSLogFile());
+    if (problem.empty()) return;
+    if (!options.Log.empty()) throw Failure(problem);
+    std::cerr << "hexmire: warning: " << problem
+              << " (--log FILE writes it elsewhere, --no-log none)" << std::endl;
+}
+
 }  // namespace
 
 void AddPeerOptions(CLI::App& command, PeerOptions& options) {
     AddLinkOptions(command, options.Link);
-    command.add_option("--script", options.Script, ScriptHelp(options.Side))->type_name("FILE");
+    command.add_option("--script", options.Script, ScriptHelp(options.Side))
+        ->check(&RefuseEmptyName)
+        ->type_name("FILE");
     command.add_flag("--json", options.Json, "Write one JSON object a line for every event");
     if (options.Side == Role::Equipment) AddEquipmentOptions(command, options.Equipment);
 }
@@ -119,6 +135,7 @@ void RunPeer(const PeerOptions& options) {
     Peer peer(loop, *output, options.Link, options.Side, [&](Platform& platform) {
         AddTruncation(platform, simulated.Truncate);
     });
+    CheckLog(peer, options.Link);
     peer.LoadDictionary(FindDictionary(options.Link.Dictionary));
     std::optional<EquipmentRole> equipment;
     ScriptCommands commands = CommonCommands();

@@ -1,5 +1,7 @@
 #include "log/EntryPrinter.h"
 
+#include <hexmire/hosting/Utf8.h>
+
 #include <utility>
 
 namespace hexmire::program {
@@ -17,8 +19,11 @@ LogFilter WithoutErrors(LogFilter filter) {
 
 }  // namespace
 
-EntryPrinter::EntryPrinter(std::ostream& out, LogFilter filter)
-    : out_(out), filter_(std::move(filter)), withoutErrors_(WithoutErrors(filter_)) {
+EntryPrinter::EntryPrinter(std::ostream& out, LogFilter filter, Controls controls)
+    : out_(out),
+      filter_(std::move(filter)),
+      withoutErrors_(WithoutErrors(filter_)),
+      controls_(controls) {
     pending_.reserve(2 * kPiece);
 }
 
@@ -50,18 +55,31 @@ void EntryPrinter::Unfinished(const LogEntry& header) {
 
 void EntryPrinter::Write(std::string_view bytes) {
     if (pending_.size() + bytes.size() > kPiece) {
-        out_.write(pending_.data(), static_cast<std::streamsize>(pending_.size()));
+        Put(pending_);
         pending_.clear();
     }
     if (bytes.size() > kPiece) {
-        out_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        Put(bytes);
     } else {
         pending_.append(bytes);
     }
 }
 
+void EntryPrinter::Put(std::string_view bytes) {
+    if (controls_ == Controls::AsTheyCame) {
+        out_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        return;
+    }
+    std::string piece = std::exchange(return_, {}).append(bytes);
+    if (piece.ends_with('\r')) {
+        piece.pop_back();
+        return_ = "\r";
+    }
+    out_ << VisibleText(Utf8FromLatin1(piece), "\n\t");
+}
+
 void EntryPrinter::Pause(bool /*whole*/) {
-    out_.write(pending_.data(), static_cast<std::streamsize>(pending_.size()));
+    Put(pending_);
     pending_.clear();
     out_.flush();
 }

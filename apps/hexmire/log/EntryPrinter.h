@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VisibleText.h"
 #include "log/LogEntry.h"
 #include "log/LogFilter.h"
 
@@ -8,11 +9,12 @@
 
 namespace hexmire::program {
 
-/// Writes the entries that pass a filter exactly as they were logged.
+/// Writes the entries that pass a filter: exactly as they were logged, or in UTF-8 with control
+/// characters visible.
 class EntryPrinter final : public LogSink {
 public:
     /// The stream outlives this object.
-    EntryPrinter(std::ostream& out, LogFilter filter);
+    EntryPrinter(std::ostream& out, LogFilter filter, Controls controls = Controls::AsTheyCame);
 
     void Begin(const LogEntry& entry) override;
     void Text(std::string_view bytes) override;
@@ -24,11 +26,14 @@ private:
     enum class Show : std::uint8_t { No, Yes, Later };
 
     void Write(std::string_view bytes);
+    void Put(std::string_view bytes);
     [[nodiscard]] Show Decide(const LogEntry& entry);
 
     std::ostream& out_;
     LogFilter filter_;
     LogFilter withoutErrors_;  // The filter but for its errors.
+    Controls controls_;
+    std::string return_;  // A CR at the end of what was put: whether LF follows shows later.
     Show show_ = Show::No;
     std::string pending_;  // Goes out in large pieces.
     // When errors are asked for: the lines of a received message that may turn out to be one.

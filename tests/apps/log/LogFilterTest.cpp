@@ -1,4 +1,5 @@
 #include "LogText.h"
+#include "VisibleText.h"
 #include "log/EntryPrinter.h"
 #include "log/LogFilter.h"
 #include <gmock/gmock.h>
@@ -36,6 +37,27 @@ struct Log {
     std::string Answer = LogText().Wait(300).Message("Reply", 6, 12, 0xFFFFFFFF).Text();
     std::string All = Sent + Start + Reply + Report + Answer;
 };
+
+TEST(EntryPrinter, shows_utf_8_and_control_characters_on_a_terminal) {
+    const auto shown = [](const std::string& text) {
+        std::ostringstream out;
+        EntryPrinter printer(out, LogFilter(), Controls::Visible);
+        static_cast<void>(ReadWhole(printer, text));
+        return out.str();
+    };
+    const Log log;
+    EXPECT_EQ(shown(log.All), log.All);
+    const std::string sml = "S6F11 W\r\n< A '\x1B[2J\r\x9B\x7F\t\xE9' >\r\n.";
+    const std::string text = LogText().Sml("Received", sml).Text();
+    EXPECT_THAT(shown(text), HasSubstr("< A '\\x1B[2J\\x0D\\x9B\\x7F\t\xC3\xA9' >\r\n."));
+    EXPECT_EQ(Filtered(text, {}), text);
+    // Lines that end where a piece of the output does.
+    std::string many;
+    for (int i = 0; i < 4000; ++i)
+        many +=
+            LogText().Body("Received", std::string(static_cast<std::size_t>(i % 90), '4')).Text();
+    EXPECT_EQ(shown(many), many);
+}
 
 TEST(LogFilter, everything_passes_without_a_condition) {
     const std::string text = "junk\n" + Log().All + "2024/03/05 14:00:09.00 cut";
