@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace hexmire {
@@ -100,6 +102,13 @@ TEST(CommandLine, what_is_not_understood_ends_with_status_2_and_one_line) {
         {{"host", "--t7", "241"}, "--t7"},
         {{"host", "--t8", "121"}, "--t8"},
         {{"host", "--allow", "tool-7"}, "no numeric IPv4 or IPv6 address"},
+        {{"decode", "--header", "--framing", "foo", "00"},
+         "--framing: 'foo' is none of message|hsms|secs1"},
+        {{"host", "--remote", "127.0.0.1:1", "--trace", ""}, "--trace: a name has no characters"},
+        {{"host", "--remote", "127.0.0.1:1", "--script", ""}, "--script: a name has no"},
+        {{"equipment", "--local", "127.0.0.1:1", "--model", ""}, "--model: a name has no"},
+        {{"equipment", "--local", "127.0.0.1:1", "--misbehave", "S1F2 silent"},
+         "'S1F2' is no primary"},
         {{"version", "extra"}, "extra"},
     };
     for (const auto& one : kCases)
@@ -132,8 +141,91 @@ TEST(CommandLine, what_cannot_be_done_ends_with_status_1_and_one_line) {
                   "connect.script:1: no connection: 3060 ");
     ExpectFailure(with({"--script", folder / "missing"}), 1, "cannot read the script");
     ExpectFailure(with({"--script", folder.Path()}), 1, "cannot read the script");
+    ExpectFailure(with({"--script", "/proc/self/mem"}),
+                  1,
+                  "cannot read the script /proc/self/mem: Input/output error");
+    ExpectFailure({"encode", "/proc/self/mem"}, 1, "cannot read /proc/self/mem: Input/output");
+    ExpectFailure({"decode", "/proc/self/mem"}, 1, "cannot read /proc/self/mem: Input/output");
+    ExpectFailure({"dictionary", "check", "/proc/self/mem"},
+                  1,
+                  "cannot read the dictionary /proc/self/mem: Input/output error");
+    ExpectFailure({"equipment", "--local", "127.0.0.1:1", "--no-log", "--model", "/proc/self/mem"},
+                  1,
+                  "cannot read the model /proc/self/mem: Input/output error");
+    ExpectFailure({"host", "--remote", "127.0.0.1:1", "--log", folder / "a/b/x.log"},
+                  1,
+                  "cannot write the message log " + (folder / "a/b/x_"));
+    ExpectFailure({"demo", "--log", folder / "a/b/x.log"}, 1, "cannot write the message log");
+    ExpectFailure({"dictionary", "list", "--dictionary", bad},
+                  1,
+                  "cannot read the dictionary " + bad + ": 2001");
+    ExpectFailure({"dictionary", "show", "S1F1", "--dictionary", bad},
+                  1,
+                  "cannot read the dictionary " + bad);
     ExpectFailure(with({"--script", bad}), 2, "bad.script:3: unknown command 'fetch'");
+    ExpectFailure(with({"--script", "/dev/zero"}), 2, "/dev/zero: a line is longer than 16 MiB");
     ExpectFailure(with({"--dictionary", folder / "missing.xml"}), 1, "no such dictionary file");
+}
+
+std::pair<int, std::string> RunInShell(const std::string& line) {
+    ChildProcess program("/bin/sh", {"-c", std::string("exec " HEXMIRE_PROGRAM " ") + line});
+    const int status = program.Wait();
+    return {status, program.Errors()};
+}
+
+TEST(CommandLine, standard_input_that_cannot_be_read_is_told) {
+    const std::string host = "host --remote 127.0.0.1:1 --no-log --script - ";
+    EXPECT_EQ(
+        RunInShell(host + "</"),
+        std::pair(1, std::string("hexmire: cannot read the script <stdin>: Is a directory\n")));
+    for (const char* command : {"decode", "encode -", "dictionary from-sml -"})
+        EXPECT_EQ(
+            RunInShell(std::string(command) + " </"),
+            std::pair(1, std::string("hexmire: cannot read the standard input: Is a directory\n")))
+            << command;
+}
+
+TEST(CommandLine, standard_streams_may_be_closed) {
+    const std::string host = "host --remote 127.0.0.1:1 --no-log --script - ";
+    EXPECT_EQ(RunInShell(host + "<&-"), std::pair(0, std::string()));
+    EXPECT_EQ(RunInShell("version >&-"),
+              std::pair(1, std::string("hexmire: cannot write to the standard output\n")));
+    EXPECT_EQ(RunInShell("host <&- >&- 2>&-"), std::pair(2, std::string()));
+}
+
+TEST(CommandLine, memory_that_is_missing_is_told) {
+    ChildProcess program("/bin/sh",
+                         {"-c", "ulimit -v 300000; exec " HEXMIRE_PROGRAM " encode /dev/zero"});
+    EXPECT_EQ(program.Wait(), 1);
+    EXPECT_EQ(program.Errors(), "hexmire: out of memory\n");
+}
+
+TEST(CommandLine, what_is_told_moves_no_cursor) {
+    const TempFolder folder;
+    const std::string script = folder.Write("s", "fetch\x1B[2J\xFF\xC2\x9B\xC3\xA9\n");
+    ExpectFailure({"host", "--remote", "127.0.0.1:1", "--no-log", "--script", script},
+                  2,
+                  "unknown command 'fetch\\x1B[2J\\xFF\\x9B\xC3\xA9'");
+}
+
+TEST(CommandLine, log_in_its_own_place_that_cannot_be_written_is_a_warning) {
+    // The place is beside the program: a copy of it stands where a file has the name of the folder.
+    const TempFolder folder;
+    std::filesystem::copy_file(HEXMIRE_PROGRAM, folder / "hexmire");
+    folder.Write("Log", "");
+    const std::string script = folder.Write("s", "");
+    ChildProcess program(folder / "hexmire",
+                         {"host",
+                          "--remote",
+                          "127.0.0.1:1",
+                          "--dictionary",
+                          HEXMIRE_SOURCE_DIR "/dictionaries/Default.xml",
+                          "--script",
+                          script});
+    EXPECT_EQ(program.Wait(), 0);
+    EXPECT_THAT(program.Errors(),
+                StartsWith("hexmire: warning: cannot write the message log " + (folder / "Log/")));
+    EXPECT_EQ(std::count(program.Errors().begin(), program.Errors().end(), '\n'), 1);
 }
 
 TEST(CommandLine, output_that_cannot_be_written_ends_with_status_1) {

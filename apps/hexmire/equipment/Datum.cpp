@@ -77,6 +77,25 @@ Datum Unsigned1(std::uint8_t value) {
 
 Datum Unsigned4(std::uint32_t value) { return {.Format = FormatU4, .Value = value}; }
 
+std::size_t DeepestValue() {
+    constexpr std::size_t kAround = 4;  // <L DATAID CEID <L <L RPTID <L V ...>>>>
+    return LinkSettings().MaxListDepth - kAround;
+}
+
+std::size_t DepthOf(const SECSMessage& message) {
+    std::size_t deepest = 0;
+    std::vector<std::pair<SECSItemPtr, std::size_t>> open{{message.Root(), 0}};
+    while (!open.empty()) {
+        const auto [list, level] = open.back();
+        open.pop_back();
+        deepest = std::max(deepest, level);
+        for (const SECSItemPtr& item : *list) {
+            if (item->Format() == FormatList) open.emplace_back(item, level + 1);
+        }
+    }
+    return deepest;
+}
+
 std::optional<Datum> BodyOf(const SECSMessage& message) {
     if (message.Root()->ItemCount() == 0) return std::nullopt;
     return FromItem(*message.Item(1));

@@ -27,7 +27,13 @@ struct Datum {
 [[nodiscard]] Datum Unsigned1(std::uint8_t value);
 [[nodiscard]] Datum Unsigned4(std::uint32_t value);
 
-/// The body of a message: none when there is no item.
+/// Levels of lists that a value may have: with the lists of S6F11 around it a link takes no more.
+[[nodiscard]] std::size_t DeepestValue();
+
+/// Number of lists inside one another in a message.
+[[nodiscard]] std::size_t DepthOf(const SECSMessage& message);
+
+/// The body of a message, which is no deeper than a link takes: none when there is no item.
 [[nodiscard]] std::optional<Datum> BodyOf(const SECSMessage& message);
 /// Puts the body in place of what the message holds.
 void SetBody(const SECSMessage& message, const std::optional<Datum>& body);

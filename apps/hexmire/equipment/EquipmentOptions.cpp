@@ -1,5 +1,6 @@
 #include "equipment/EquipmentOptions.h"
 
+#include "LinkOptions.h"
 #include "ScriptWords.h"
 #include "equipment/ModelFile.h"
 #include <CLI/CLI.hpp>
@@ -27,6 +28,7 @@ void AddEquipmentOptions(CLI::App& command, EquipmentOptions& options) {
                     options.Model,
                     "JSON file with the variables, constants, events, alarms, commands and recipes "
                     "of the equipment, in place of those built in")
+        ->check(&RefuseEmptyName)
         ->type_name("FILE");
     command.add_flag(
         "--establish", options.Establish, "Send S1F13 at the beginning of each connection");

@@ -80,7 +80,6 @@ std::optional<ErrorMessage> ErrorMessageFor(std::int32_t code,
     constexpr std::int32_t kReplyTimeOut = 2012;
     constexpr std::int32_t kForeignDevice = 3020;
     constexpr std::int32_t kMessageTooLong = 3029;
-    constexpr std::int32_t kFrameTooLong = 3038;
     constexpr std::int32_t kRefusedBody = 3090;
     ErrorMessage message;
     std::optional<HeaderBytes> header;
@@ -98,7 +97,6 @@ std::optional<ErrorMessage> ErrorMessageFor(std::int32_t code,
             if (const auto primary = WaitingPrimary(text, own)) header = HeaderOf(*primary);
             break;
         case kMessageTooLong:
-        case kFrameTooLong:
             message.Function = 11;
             header = HeaderIn(text);
             break;

@@ -36,7 +36,8 @@ struct ErrorMessage {
 
 /// What an equipment tells its host about an error of its control (SEMI E5, stream 9): S9F1 for a
 /// foreign device ID, S9F7 for a body that was refused, S9F9 for a primary of its own whose reply
-/// has not come in time, S9F11 for a message that is too long. None for any other error, for one
+/// has not come in time, S9F11 for a SECS-I message that is too long (a frame of HSMS that is too
+/// long ends the link). None for any other error, for one
 /// that does not tell which message it is about, and for messages of stream 9. `own` holds what all
 /// primaries of the equipment have in common.
 [[nodiscard]] std::optional<ErrorMessage> ErrorMessageFor(std::int32_t code,

@@ -15,7 +15,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
 
-/// Range of an integer format; U8 goes up to what a JSON integer of 64 bits with sign can say.
+/// Range of an integer format but U8.
 struct Range {
     std::int64_t Least;
     std::int64_t Largest;
@@ -36,17 +36,19 @@ Range RangeOf(std::int32_t format) {
             return {0, 255};
         case FormatU2:
             return {0, 65535};
-        case FormatU4:
-            return {0, 4294967295LL};
         default:
-            return {0, kLargest};
+            return {0, 4294967295LL};
     }
 }
 
 }  // namespace
 
 void JsonPlace::Refuse(const std::string& reason) const {
-    throw UsageError(place_ + (place_.ends_with(": ") ? "" : ": ") + reason);
+    // A place deep in lists is told by its ends.
+    constexpr std::size_t kLongest = 400;
+    std::string place = place_;
+    if (place.size() > kLongest) place.replace(kLongest / 2, place.size() - kLongest, " ... ");
+    throw UsageError(place + (place.ends_with(": ") ? "" : ": ") + reason);
 }
 
 void JsonPlace::Members(std::initializer_list<const char*> names) const {
@@ -108,6 +110,13 @@ std::int64_t JsonPlace::Whole(std::int64_t least, std::int64_t largest) const {
     return number;
 }
 
+std::uint64_t JsonPlace::Whole() const {
+    // The reader of JSON takes whole numbers without a sign for these.
+    if (!value_.is_number_unsigned())
+        Refuse("expected a whole number from 0 to 18446744073709551615");
+    return value_.get<std::uint64_t>();
+}
+
 Datum JsonPlace::Identifier() const {
     if (value_.is_string()) {
         const std::string text = Text();
@@ -124,13 +133,16 @@ std::int32_t JsonPlace::Format() const {
     return *format;
 }
 
-Datum JsonPlace::Value(std::int32_t format) const {
+// Not deeper than a link takes.
+Datum JsonPlace::Value(std::int32_t format, std::size_t level) const {
     if (format == FormatAscii) return Ascii(Text());
     if (format == FormatList) {
+        if (level > DeepestValue())
+            Refuse("lists are nested more than " + std::to_string(DeepestValue()) + " deep");
         std::vector<Datum> items;
         for (const JsonPlace& element : Elements()) {
             element.Members({"format", "value"});
-            items.push_back(element.At("value").Value(element.At("format").Format()));
+            items.push_back(element.At("value").Value(element.At("format").Format(), level + 1));
         }
         return List(std::move(items));
     }
@@ -170,9 +182,11 @@ Datum JsonPlace::Value(std::int32_t format) const {
             });
         case FormatF8:
             return make(double{}, number);
+        case FormatU8:
+            return make(Decimal(),
+                        [](const JsonPlace& place) { return Decimal::FromUInt64(place.Whole()); });
         case FormatI8:
         case FormatU4:
-        case FormatU8:
             return make(Decimal(),
                         [&](const JsonPlace& place) { return Decimal::FromInt64(whole(place)); });
         default:

@@ -3,6 +3,7 @@
 #include "equipment/Datum.h"
 #include <nlohmann/json.hpp>
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -31,12 +32,14 @@ public:
     [[nodiscard]] std::string Text() const;  ///< in ISO 8859-1
     [[nodiscard]] bool Truth() const;
     [[nodiscard]] std::int64_t Whole(std::int64_t least, std::int64_t largest) const;
+    /// From 0 to 18446744073709551615.
+    [[nodiscard]] std::uint64_t Whole() const;
     /// A number is a U4, a text an A.
     [[nodiscard]] Datum Identifier() const;
     [[nodiscard]] std::int32_t Format() const;
     /// A value of that format: a text, a truth value, a number or an array of them; for a list an
-    /// array of objects with "format" and "value".
-    [[nodiscard]] Datum Value(std::int32_t format) const;
+    /// array of objects with "format" and "value". `level` is that of a list.
+    [[nodiscard]] Datum Value(std::int32_t format, std::size_t level = 1) const;
 
     // Members that may be missing.
     [[nodiscard]] std::string TextOf(const std::string& member) const;

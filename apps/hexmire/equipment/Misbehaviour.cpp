@@ -44,6 +44,9 @@ Misbehaviour ReadMisbehaviour(const std::vector<std::string_view>& words) {
                          "wrong-function, wrong-system-bytes, truncated, duplicate, disconnect");
     Misbehaviour result{
         .Primary = StreamAndFunctionIn(words[0]), .What = *kind, .Delay = {}, .Times = 1};
+    if (result.Primary.Function % 2 == 0)
+        throw BadCommand("'" + std::string(words[0]) +
+                         "' is no primary: the functions of primaries are odd");
     std::size_t next = 2;
     if (*kind == Misbehaviour::Kind::Late) {
         if (words.size() < 3) throw UsageOfCommand();

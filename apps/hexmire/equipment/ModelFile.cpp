@@ -1,20 +1,23 @@
 #include "equipment/ModelFile.h"
 
 #include "Failure.h"
+#include "FileReader.h"
 #include "equipment/ConstantValue.h"
 #include "equipment/JsonPlace.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <cstddef>
+#include <map>
 #include <set>
+#include <utility>
+#include <vector>
 
 namespace hexmire::program {
 
 namespace {
 
 using Keys = std::set<std::string>;
+using Json = nlohmann::ordered_json;
 
 /// Reads the parts of one model; knows the identifiers that references may name.
 class ModelReader {
@@ -117,6 +120,8 @@ private:
             const JsonPlace value = place.At("value");
             variable.Value = value.Value(place.At("format").Format());
         }
+        formats_[KeyOf(variable.Id)] = {.IsKept = variable.From == Variable::Source::Kept,
+                                        .Format = variable.Value.Format};
         return variable;
     }
 
@@ -130,6 +135,7 @@ private:
                           .Default = place.At("default").Value(format)};
         Enter(variables_, place.At("id"), KeyOf(constant.Id));
         const bool isNumber = IsInteger(format) || IsFloating(format);
+        formats_[KeyOf(constant.Id)] = {.IsNumber = isNumber, .Format = format};
         const auto bound = [&](const char* member) -> std::optional<Datum> {
             const auto found = place.Find(member);
             if (!found) return std::nullopt;
@@ -142,13 +148,14 @@ private:
         constant.Maximum = bound("max");
         const auto value = place.Find("value");
         constant.Value = value ? value->Value(format) : constant.Default;
-        CheckLimits(constant, constant.Default, place.At("default"));
-        if (value) CheckLimits(constant, constant.Value, *value);
+        if (!isNumber) return constant;
+        CheckNumber(constant, constant.Default, place.At("default"));
+        if (value) CheckNumber(constant, constant.Value, *value);
         return constant;
     }
 
-    static void CheckLimits(const Constant& constant, const Datum& value, const JsonPlace& place) {
-        if (!constant.Minimum && !constant.Maximum) return;
+    /// S2F15 gives it one number.
+    static void CheckNumber(const Constant& constant, const Datum& value, const JsonPlace& place) {
         if (!NumberOf(value)) place.Refuse("expected one number");
         if (!ValueFor(constant, value)) place.Refuse("outside of min and max");
     }
@@ -179,12 +186,27 @@ private:
         return alarm;
     }
 
+    /// The variable of a parameter can take its value.
+    void CheckTaken(const CommandParameter& parameter, const JsonPlace& place) {
+        const VariableFormat& variable = formats_[parameter.Variable];
+        const JsonPlace reference = place.At("variable");
+        if (!variable.IsKept)
+            reference.Refuse("variable " + parameter.Variable + " is made by the equipment");
+        const bool bothNumbers =
+            variable.IsNumber && (IsInteger(parameter.Format) || IsFloating(parameter.Format));
+        if (!bothNumbers && variable.Format != parameter.Format)
+            reference.Refuse("variable " + parameter.Variable + " has the format " +
+                             NameOf(variable.Format) + ", the parameter " +
+                             NameOf(parameter.Format));
+    }
+
     CommandParameter ReadParameter(const JsonPlace& place) {
         place.Members({"name", "format", "values", "variable"});
         CommandParameter parameter{
             .Name = place.At("name").Text(),
             .Variable = Reference(place, "variable", variables_, "variable")};
         if (const auto format = place.Find("format")) parameter.Format = format->Format();
+        if (!parameter.Variable.empty()) CheckTaken(parameter, place);
         for (const JsonPlace& value : place.ElementsOf("values"))
             parameter.Values.push_back(value.Value(parameter.Format));
         return parameter;
@@ -249,8 +271,15 @@ private:
         return limits;
     }
 
+    struct VariableFormat {
+        bool IsKept = true;     ///< not made by the equipment
+        bool IsNumber = false;  ///< a constant, which takes a number of any format
+        std::int32_t Format = FormatList;
+    };
+
     const JsonPlace& top_;
     Keys variables_;
+    std::map<std::string, VariableFormat> formats_;
     Keys events_;
     Keys alarms_;
     Keys commands_;
@@ -259,10 +288,45 @@ private:
 
 }  // namespace
 
+namespace {
+
+/// Looks on while JSON is read.
+class JsonGuard {
+public:
+    explicit JsonGuard(const std::string& name) : name_(name) {}
+
+    /// Throws UsageError for a member that stands twice in its object, and beyond any depth that a
+    /// model has.
+    void See(int depth, Json::parse_event_t event, const Json& parsed) {
+        using Event = Json::parse_event_t;
+        // Each list of a value is an object and an array.
+        if (static_cast<std::size_t>(depth) > 2 * DeepestValue() + 16)
+            throw UsageError(name_ + ": lists are nested more than " +
+                             std::to_string(DeepestValue()) + " deep");
+        if (event == Event::object_start) members_.emplace_back();
+        if (event == Event::object_end) members_.pop_back();
+        if (event != Event::key) return;
+        const auto& member = parsed.get_ref<const std::string&>();
+        if (!members_.back().insert(member).second)
+            throw UsageError(name_ + ": member \"" + member + "\" stands twice in one object");
+    }
+
+private:
+    const std::string& name_;
+    std::vector<Keys> members_;  // Of the objects that are open.
+};
+
+}  // namespace
+
 EquipmentModel ReadModel(std::string_view json, const std::string& name) {
-    nlohmann::ordered_json parsed;
+    Json parsed;
+    JsonGuard guard(name);
+    const auto look = [&guard](int depth, Json::parse_event_t event, const Json& value) {
+        guard.See(depth, event, value);
+        return true;
+    };
     try {
-        parsed = nlohmann::ordered_json::parse(json);
+        parsed = Json::parse(json, look);
     } catch (const nlohmann::json::exception& error) {
         // "[json.exception.parse_error.101] parse error at line 3, column 5: ..."
         std::string reason = error.what();
@@ -274,12 +338,7 @@ EquipmentModel ReadModel(std::string_view json, const std::string& name) {
 }
 
 EquipmentModel LoadModel(const std::string& path) {
-    std::error_code error;
-    std::ifstream file(path);
-    if (!file || std::filesystem::is_directory(path, error))
-        throw UsageError("cannot read the model " + path);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    return ReadModel(text, path);
+    return ReadModel(FileReader(path, "the model " + path).ReadAll(), path);
 }
 
 }  // namespace hexmire::program

@@ -78,7 +78,8 @@ private:
     Action Event(const CommandText& text) {
         CheckWordCount(text, 1, 1);
         return Do([id = Latin1Of(text.Words[0])](Equipment& equipment) {
-            if (equipment.FindEvent(id) == nullptr) throw Failure("no event has the id " + id);
+            if (equipment.FindEvent(id) == nullptr)
+                throw Failure("no event has the id " + Utf8FromLatin1(id));
             equipment.Fire(id);
         });
     }
@@ -88,7 +89,7 @@ private:
         const bool set = OnOrOff(text.Words[1], "set", "clear");
         return Do([id = Latin1Of(text.Words[0]), set](Equipment& equipment) {
             program::Alarm* alarm = equipment.FindAlarm(id);
-            if (alarm == nullptr) throw Failure("no alarm has the id " + id);
+            if (alarm == nullptr) throw Failure("no alarm has the id " + Utf8FromLatin1(id));
             equipment.SetAlarm(*alarm, set);
         });
     }
@@ -97,13 +98,14 @@ private:
         if (text.Words.size() < 2) throw UsageOfCommand();
         const std::string value(BehindFirstWord(text));
         return Do([id = Latin1Of(text.Words[0]), value](Equipment& equipment) {
-            if (!equipment.HasVariable(id)) throw Failure("no variable has the id " + id);
+            const std::string shown = Utf8FromLatin1(id);
+            if (!equipment.HasVariable(id)) throw Failure("no variable has the id " + shown);
             try {
                 const Datum datum = ValueFromText(equipment.ValueOf(id).Format, value);
                 if (equipment.SetValue(id, datum)) return;
                 if (equipment.FindConstant(id) == nullptr)
-                    throw Failure("variable " + id + " is made by the equipment");
-                throw Failure('\'' + value + "' is no value of constant " + id);
+                    throw Failure("variable " + shown + " is made by the equipment");
+                throw Failure('\'' + value + "' is no value of constant " + shown);
             } catch (const BadCommand& bad) {
                 throw Failure(bad.what());
             }
@@ -166,6 +168,9 @@ Datum ValueFromText(std::int32_t format, std::string_view text) {
     const ParsedSml parsed = ParseSml("S1F1 " + item + ".");
     if (!parsed.Error.empty())
         throw BadCommand("'" + std::string(text) + "' is no value of format " + NameOf(format));
+    if (DepthOf(*parsed.Message) > DeepestValue())
+        throw BadCommand("lists are nested more than " + std::to_string(DeepestValue()) +
+                         " deep: no link takes them");
     const auto body = BodyOf(*parsed.Message);
     if (!body || (!isSml && body->Format != format))
         throw BadCommand("'" + std::string(text) + "' is no value of format " + NameOf(format));

@@ -103,7 +103,7 @@ Datum LinkReports(Equipment& equipment, const Datum& body) try {
 Datum EnableEvents(Equipment& equipment, const Datum& body) {
     constexpr std::uint8_t kUnknownEvent = 1;
     const auto& parts = ItemsOf(body, 2);
-    if (parts[0].Format != FormatBoolean || parts[0].Value.IsArray())
+    if (parts[0].Format != FormatBoolean || parts[0].Value.IsEmpty() || parts[0].Value.IsArray())
         throw IllegalData("a truth value is missing");
     const bool enable = parts[0].Value.AsBoolean();
     std::vector<CollectionEvent*> events;

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -55,6 +56,8 @@ TEST(ModelFile, ValuesHaveTheKindsThatDecodingGives) {
         {R"("I2", "value": [-1, 2])",
          {.Format = FormatI2, .Value = Variant(std::vector<std::int32_t>{-1, 2})}},
         {R"("I8", "value": -5)", {.Format = FormatI8, .Value = Decimal::FromInt64(-5)}},
+        {"\"U8\", \"value\": 18446744073709551615",
+         {.Format = FormatU8, .Value = Decimal::FromUInt64(18446744073709551615U)}},
         {R"("F4", "value": 1)", {.Format = FormatF4, .Value = 1.0F}},
         {R"("F8", "value": [0.5, 2])",
          {.Format = FormatF8, .Value = Variant(std::vector<double>{0.5, 2})}},
@@ -140,6 +143,30 @@ TEST(ModelFile, WhatIsWrongIsToldWithItsPlace) {
          "m.json: commands[0].acknowledge: expected 0 (done) or 4 (will be done)"},
         {R"({"commands": [{"name": "A", "parameters": [{"name": "P", "variable": 1}]}]})",
          "m.json: commands[0].parameters[0].variable: no variable has the id 1"},
+        {"{\"status_variables\": [{\"id\": 1, \"source\": \"clock\"}], \"commands\": [{\"name\": "
+         "\"A\", "
+         "\"parameters\": [{\"name\": \"P\", \"variable\": 1}]}]}",
+         "m.json: commands[0].parameters[0].variable: variable 1 is made by the equipment"},
+        {"{\"data_values\": [{\"id\": 1, \"format\": \"F4\", \"value\": 1}], \"commands\": "
+         "[{\"name\": "
+         "\"A\", \"parameters\": [{\"name\": \"P\", \"variable\": 1}]}]}",
+         "m.json: commands[0].parameters[0].variable: variable 1 has the format F4, the parameter "
+         "A"},
+        {"{\"constants\": [{\"id\": 1, \"format\": \"U2\", \"default\": 1}], \"commands\": "
+         "[{\"name\": "
+         "\"A\", \"parameters\": [{\"name\": \"P\", \"variable\": 1}]}]}",
+         "m.json: commands[0].parameters[0].variable: variable 1 has the format U2, the parameter "
+         "A"},
+        {"{\"constants\": [{\"id\": 1, \"format\": \"U1\", \"default\": [1, 2]}]}",
+         "m.json: constants[0].default: expected one number"},
+        {"{\"constants\": [{\"id\": 1, \"format\": \"U1\", \"default\": 1, \"value\": []}]}",
+         "m.json: constants[0].value: expected one number"},
+        {"{\"constants\": [{\"id\": 1, \"format\": \"U8\", \"default\": -1}]}",
+         "m.json: constants[0].default: expected a whole number from 0 to 18446744073709551615"},
+        {"{\"model\": \"a\", \"model\": \"b\"}",
+         "m.json: member \"model\" stands twice in one object"},
+        {"{\"events\": [{\"id\": 1}, {\"id\": 2, \"id\": 3}]}",
+         "m.json: member \"id\" stands twice in one object"},
         {R"({"recipes": [{"id": "A"}]})", "m.json: recipes[0]: \"body\" is missing"},
         {R"({"own_events": {"online": 1}})", "m.json: own_events.online: no event has the id 1"},
         {R"({"limits": {"terminals": 257}})",
@@ -150,14 +177,40 @@ TEST(ModelFile, WhatIsWrongIsToldWithItsPlace) {
                 testing::StartsWith("m.json: parse error at line 2, column 12: "));
 }
 
+/// A data value of so many lists, each one in the one before.
+std::string NestedLists(std::size_t levels) {
+    std::string value = "[]";
+    for (std::size_t i = 1; i < levels; ++i)
+        value = "[{\"format\":\"L\",\"value\":" + value + "}]";
+    return "{\"data_values\": [{\"id\": 1, \"format\": \"L\", \"value\": " + value + "}]}";
+}
+
+TEST(ModelFile, ListsAreNestedAsDeepAsALinkTakesThem) {
+    EXPECT_EQ(DeepestValue(), 996U);
+    EXPECT_EQ(RefusalOf(NestedLists(996)), "");
+    const std::string refusal = RefusalOf(NestedLists(997));
+    EXPECT_THAT(refusal, testing::StartsWith("m.json: data_values[0].value[0].value[0]."));
+    EXPECT_THAT(refusal, testing::EndsWith(".value: lists are nested more than 996 deep"));
+    EXPECT_LT(refusal.size(), 500U);
+    EXPECT_EQ(RefusalOf(NestedLists(20'000)), "m.json: lists are nested more than 996 deep");
+}
+
+TEST(ModelFile, AParameterOfAnyNumberFormatMayChangeAConstant) {
+    EXPECT_EQ(RefusalOf("{\"constants\": [{\"id\": 1, \"format\": \"U2\", \"default\": 1}], "
+                        "\"commands\": [{\"name\": \"A\", \"parameters\": [{\"name\": \"P\", "
+                        "\"format\": \"U4\", \"variable\": 1}]}]}"),
+              "");
+}
+
 TEST(ModelFile, AFileThatCannotBeReadIsTold) {
     const fakes::TempFolder folder;
     for (const std::string& path : {folder / "none.json", folder / "."}) {
         try {
             static_cast<void>(LoadModel(path));
             FAIL() << path;
-        } catch (const UsageError& error) {
-            EXPECT_EQ(error.what(), "cannot read the model " + path);
+        } catch (const Failure& failure) {
+            EXPECT_THAT(failure.what(),
+                        testing::StartsWith("cannot read the model " + path + ": "));
         }
     }
 }

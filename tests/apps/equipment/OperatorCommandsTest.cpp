@@ -31,6 +31,8 @@ TEST(MisbehaviourPlan, WhatCannotBeReadIsRefused) {
     for (const char* text : {"", "S1F1", "S1F1 late", "S1F1 silent 1 2", "S1F1 late 1 2 3"})
         EXPECT_THROW(static_cast<void>(ReadMisbehaviour(SplitWords(text))), UsageOfCommand) << text;
     for (const char* text : {"F1 silent",
+                             "S1F2 silent",
+                             "S1F0 silent",
                              "S1F1 silent 0",
                              "S1F1 silent -1",
                              "S1F1 silent often",
@@ -78,6 +80,20 @@ TEST(OperatorValue, IsReadInTheFormatOfTheVariable) {
                                        std::pair(FormatU4, "<A '\xE2\x82\xAC'>"),
                                        std::pair(FormatAscii, "\xE4")})
         EXPECT_THROW(static_cast<void>(ValueFromText(format, text)), BadCommand) << text;
+}
+
+std::string NestedLists(std::size_t levels) {
+    std::string sml;
+    for (std::size_t i = 0; i < levels; ++i)
+        sml += "<L ";
+    return sml + std::string(levels, '>');
+}
+
+TEST(OperatorValue, IsNestedAsDeepAsALinkTakesIt) {
+    EXPECT_EQ(ValueFromText(FormatList, NestedLists(2)), List({List()}));
+    EXPECT_EQ(ValueFromText(FormatList, NestedLists(DeepestValue())).Items.size(), 1U);
+    for (const std::size_t levels : {DeepestValue() + 1, std::size_t{100'000}})
+        EXPECT_THROW(static_cast<void>(ValueFromText(FormatList, NestedLists(levels))), BadCommand);
 }
 
 }  // namespace

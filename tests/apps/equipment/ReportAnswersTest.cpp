@@ -114,6 +114,7 @@ TEST_F(ReportAnswers, EventsAreEnabledAllOrNone) {
             {"S1F3 W <L <U4 1006>>", "<L <L>>"},
             {"S2F37 W <L <U1 1> <L>>", "malformed"},
             {"S2F37 W <L <BOOLEAN T F> <L>>", "malformed"},
+            {"S2F37 W <L <BOOLEAN> <L>>", "malformed"},
             {"S2F37 W <L <BOOLEAN T>>", "malformed"}});
     Expect({{"S2F37 W <L <BOOLEAN T> <L>>", "<B 0x00>"}});
     EXPECT_EQ(std::ranges::count(equipment_.Model().Events, true, &CollectionEvent::Enabled), 13);
