@@ -134,18 +134,20 @@ std::int32_t JsonPlace::Format() const {
 }
 
 // Not deeper than a link takes.
+Datum JsonPlace::ListValue(std::size_t level) const {
+    if (level > DeepestValue())
+        Refuse("lists are nested more than " + std::to_string(DeepestValue()) + " deep");
+    std::vector<Datum> items;
+    for (const JsonPlace& element : Elements()) {
+        element.Members({"format", "value"});
+        items.push_back(element.At("value").Value(element.At("format").Format(), level + 1));
+    }
+    return List(std::move(items));
+}
+
 Datum JsonPlace::Value(std::int32_t format, std::size_t level) const {
     if (format == FormatAscii) return Ascii(Text());
-    if (format == FormatList) {
-        if (level > DeepestValue())
-            Refuse("lists are nested more than " + std::to_string(DeepestValue()) + " deep");
-        std::vector<Datum> items;
-        for (const JsonPlace& element : Elements()) {
-            element.Members({"format", "value"});
-            items.push_back(element.At("value").Value(element.At("format").Format(), level + 1));
-        }
-        return List(std::move(items));
-    }
+    if (format == FormatList) return ListValue(level);
     const std::vector<JsonPlace> elements =
         value_.is_array() ? Elements() : std::vector<JsonPlace>{*this};
     if (elements.empty()) return {.Format = format};

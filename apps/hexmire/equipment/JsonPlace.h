@@ -46,6 +46,8 @@ public:
     [[nodiscard]] bool TruthOf(const std::string& member, bool otherwise) const;
 
 private:
+    [[nodiscard]] Datum ListValue(std::size_t level) const;
+
     const nlohmann::ordered_json& value_;
     std::string place_;
 };
