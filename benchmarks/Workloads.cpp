@@ -152,10 +152,13 @@ void BuildList(const SECSItemPtr& root) {
 }
 
 void BuildArray(const SECSItemPtr& root) {
-    std::vector<double> values(kArrayValues);
-    for (std::uint32_t i = 0; i < kArrayValues; ++i)
-        values[i] = i * kArrayStep;
-    Add(root, FormatU4, std::move(values));
+    static const std::vector<std::uint32_t> kValues = [] {
+        std::vector<std::uint32_t> values(kArrayValues);
+        for (std::uint32_t i = 0; i < kArrayValues; ++i)
+            values[i] = i * kArrayStep;
+        return values;
+    }();
+    Add(root, FormatU4, kValues);
 }
 
 void BuildText(const SECSItemPtr& root) {

@@ -19,6 +19,9 @@ namespace hexmire {
 /// do not convert are reported as errors and leave their item short.
 [[nodiscard]] std::vector<std::uint8_t> EncodeBody(SECSMessage& message);
 
+/// The same without a copy: an array of Byte that shares the memory of the message's Raw.
+[[nodiscard]] Variant EncodedBody(SECSMessage& message);
+
 /// A message (stream 0, function 1) whose tree holds the decoded body. Nothing but an empty root
 /// for an empty body.
 struct DecodedBody {

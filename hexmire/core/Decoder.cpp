@@ -1,13 +1,15 @@
 #include <hexmire/core/ModGeneral.h>
 #include <hexmire/core/detail/Decoder.h>
 #include <hexmire/core/detail/SECSItemAccess.h>
+#include <hexmire/support/ByteOrder.h>
 #include <hexmire/support/Fault.h>
 #include <hexmire/support/Reporting.h>
+#include <hexmire/support/detail/VariantBoxes.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace hexmire::detail {
@@ -15,6 +17,7 @@ namespace hexmire::detail {
 namespace {
 
 using Access = SECSItemAccess;
+using Shared = VariantAccess;
 using View = std::span<const std::uint8_t>;
 
 constexpr RoutineName kName{"SECSMessage", "lParseSECSMessage"};
@@ -22,7 +25,21 @@ constexpr RoutineName kName{"SECSMessage", "lParseSECSMessage"};
 /// Reads forward through the body; position is the index of the last byte read.
 class Reader {
 public:
-    Reader(View bytes, std::int64_t& position) : bytes_(bytes), position_(position) {}
+    Reader(const Variant& body, std::int64_t& position)
+        : body_(body),
+          bytes_(body.View<std::uint8_t>()),
+          position_(position),
+          mostItems_(bytes_.size() / 2) {}
+
+    /// What the bytes belong to: long values share them.
+    [[nodiscard]] const Variant& Body() const { return body_; }
+    /// Room to keep free for that many children. An item has two bytes at least: all lists of a
+    /// body together get no more than it can hold, whatever they claim.
+    std::size_t RoomFor(std::uint32_t count) {
+        const std::size_t room = std::min<std::size_t>(count, mostItems_);
+        mostItems_ -= room;
+        return room;
+    }
 
     /// True when the next byte is beyond the end.
     [[nodiscard]] bool IsAtEnd() const { return position_ + 1 >= Size(); }
@@ -44,8 +61,10 @@ public:
 private:
     [[nodiscard]] std::int64_t Size() const { return static_cast<std::int64_t>(bytes_.size()); }
 
+    const Variant& body_;
     View bytes_;
     std::int64_t& position_;
+    std::size_t mostItems_;
 };
 
 /// Length / width to the nearest whole number, halves to even.
@@ -56,88 +75,94 @@ std::uint32_t ElementCount(std::uint32_t length, std::uint32_t width) {
     return up ? whole + 1 : whole;
 }
 
-template <std::size_t Width>
-std::uint64_t Bits(const std::uint8_t* bytes) {
-    std::uint64_t bits = 0;
-    for (std::size_t index = 0; index < Width; ++index)
-        bits = bits << 8U | bytes[index];
-    return bits;
+// How the numbers of each format are read: one by itself, or all of an array.
+template <std::size_t Width, bool Signed>
+struct LongNumbers {
+    static constexpr std::uint32_t kWidth = Width;
+    static std::int32_t One(const std::uint8_t* bytes) {
+        constexpr unsigned kUnused = 32 - 8 * Width;
+        const auto bits = static_cast<std::uint32_t>(ReadBigEndian<Width>(bytes));
+        if constexpr (Signed) return std::bit_cast<std::int32_t>(bits << kUnused) >> kUnused;
+        return std::bit_cast<std::int32_t>(bits);
+    }
+    static Variant All(const Variant& /*body*/, View bytes) {
+        std::vector<std::int32_t> values(bytes.size() / Width);
+        if constexpr (Width == sizeof(std::int32_t)) {
+            auto* const to = reinterpret_cast<std::uint8_t*>(values.data());
+            CopyBigEndian<Width>(bytes.data(), values.size(), to);
+        } else {
+            const std::uint8_t* next = bytes.data();
+            for (std::int32_t& value : values) {
+                value = One(next);
+                next += Width;
+            }
+        }
+        return values;
+    }
+};
+template <Shared::NumberForm Form>
+struct WideNumbers {
+    static constexpr std::uint32_t kWidth = Form == Shared::kUInt32 ? 4 : 8;
+    static Decimal One(const std::uint8_t* bytes) {
+        if constexpr (Form == Shared::kInt64) {
+            constexpr std::uint8_t kSignBit = 0x80;
+            if ((bytes[0] & kSignBit) != 0) {
+                std::array<std::uint8_t, kWidth> magnitude{};
+                std::copy_n(bytes, kWidth, magnitude.begin());
+                lToPInt(magnitude);
+                return Decimal::FromUInt64(ReadBigEndian<kWidth>(magnitude.data())).Negated();
+            }
+        }
+        return Decimal::FromUInt64(ReadBigEndian<kWidth>(bytes));
+    }
+    static Variant All(const Variant& body, View bytes) {
+        return Shared::NumbersWithin(body, bytes, Form);
+    }
+};
+template <class Float, class BitsOfFloat>
+struct FloatNumbers {
+    static constexpr std::uint32_t kWidth = sizeof(Float);
+    static Float One(const std::uint8_t* bytes) {
+        return std::bit_cast<Float>(static_cast<BitsOfFloat>(ReadBigEndian<kWidth>(bytes)));
+    }
+    static Variant All(const Variant& /*body*/, View bytes) {
+        std::vector<Float> values(bytes.size() / kWidth);
+        auto* const to = reinterpret_cast<std::uint8_t*>(values.data());
+        CopyBigEndian<kWidth>(bytes.data(), values.size(), to);
+        return values;
+    }
+};
+
+template <class Numbers>
+void ReadNumbers(Reader& reader, std::uint32_t length, SECSItem& item) {
+    const std::uint32_t count = ElementCount(length, Numbers::kWidth);
+    if (count == 0) return;  // The bytes, if any, are read as the next item.
+    const View bytes = reader.Bytes(count * Numbers::kWidth);
+    if (count == 1) {
+        Access::Value(item, Numbers::One(bytes.data()));
+        Access::Raw(item, Shared::BytesOfNumber<Numbers::kWidth>(bytes.data()));
+    } else {
+        Access::Value(item, Numbers::All(reader.Body(), bytes));
+        Access::Raw(item, Shared::BytesWithin(reader.Body(), bytes));
+    }
 }
 
-// One element of each format from its bytes.
-template <std::size_t Width, bool Signed>
-struct LongElement {
-    using Type = std::int32_t;
-    static constexpr std::uint32_t kWidth = Width;
-    static Type Read(const std::uint8_t* bytes) {
-        constexpr unsigned kUnused = 32 - 8 * Width;
-        const auto bits = static_cast<std::uint32_t>(Bits<Width>(bytes));
-        if constexpr (Signed) return static_cast<std::int32_t>(bits << kUnused) >> kUnused;
-        return static_cast<std::int32_t>(bits);
-    }
-};
-template <std::size_t Width>
-struct UnsignedElement {
-    using Type = Decimal;
-    static constexpr std::uint32_t kWidth = Width;
-    static Type Read(const std::uint8_t* bytes) { return Decimal::FromUInt64(Bits<Width>(bytes)); }
-};
-struct SignedElement {
-    using Type = Decimal;
-    static constexpr std::uint32_t kWidth = 8;
-    static Type Read(const std::uint8_t* bytes) {
-        constexpr std::uint8_t kSignBit = 0x80;
-        if (bytes[0] < kSignBit) return Decimal::FromUInt64(Bits<8>(bytes));
-        std::array<std::uint8_t, kWidth> magnitude{};
-        std::copy_n(bytes, kWidth, magnitude.begin());
-        lToPInt(magnitude);
-        return Decimal::FromUInt64(Bits<8>(magnitude.data())).Negated();
-    }
-};
-struct SingleElement {
-    using Type = float;
-    static constexpr std::uint32_t kWidth = 4;
-    static Type Read(const std::uint8_t* bytes) {
-        return std::bit_cast<float>(static_cast<std::uint32_t>(Bits<4>(bytes)));
-    }
-};
-struct DoubleElement {
-    using Type = double;
-    static constexpr std::uint32_t kWidth = 8;
-    static Type Read(const std::uint8_t* bytes) { return std::bit_cast<double>(Bits<8>(bytes)); }
-};
-
-template <class Element>
-void ReadNumbers(Reader& reader, std::uint32_t length, SECSItem& item) {
-    const std::uint32_t count = ElementCount(length, Element::kWidth);
-    if (count == 0) return;  // The bytes, if any, are read as the next item.
-    const View bytes = reader.Bytes(count * Element::kWidth);
-    if (count == 1) {
-        item.Value(Element::Read(bytes.data()));
-    } else {
-        std::vector<typename Element::Type> values(count);
-        const std::uint8_t* next = bytes.data();
-        for (auto& value : values) {
-            value = Element::Read(next);
-            next += Element::kWidth;
-        }
-        item.Value(std::move(values));
-    }
-    Access::Raw(item, Variant::Bytes(bytes));
+/// The bytes of a text, byte array or truth values; one alone is a Byte.
+Variant RawBytes(const Reader& reader, View bytes) {
+    return bytes.size() == 1 ? Variant(bytes.front()) : Shared::BytesWithin(reader.Body(), bytes);
 }
 
 void ReadText(Reader& reader, std::uint32_t length, SECSItem& item) {
     if (length == 0) return;
     const View bytes = reader.Bytes(length);
-    item.Value(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
-    Access::Raw(item, length == 1 ? Variant(bytes.front()) : Variant::Bytes(bytes));
+    Access::Value(item, Shared::TextWithin(reader.Body(), bytes));
+    Access::Raw(item, RawBytes(reader, bytes));
 }
 
 void ReadBinary(Reader& reader, std::uint32_t length, SECSItem& item) {
     if (length == 0) return;
-    const View bytes = reader.Bytes(length);
-    const Variant value = length == 1 ? Variant(bytes.front()) : Variant::Bytes(bytes);
-    item.Value(value);
+    const Variant value = RawBytes(reader, reader.Bytes(length));
+    Access::Value(item, value);
     Access::Raw(item, value);
 }
 
@@ -145,15 +170,15 @@ void ReadBooleans(Reader& reader, std::uint32_t length, SECSItem& item) {
     if (length == 0) return;
     const View bytes = reader.Bytes(length);
     if (length == 1) {
-        item.Value(bytes.front() != 0);
-        Access::Raw(item, bytes.front());
-        return;
+        Access::Value(item, bytes.front() != 0);
+    } else {
+        std::vector<std::uint8_t> values(length);
+        std::transform(bytes.begin(), bytes.end(), values.begin(), [](std::uint8_t byte) {
+            return static_cast<std::uint8_t>(byte != 0 ? 1 : 0);
+        });
+        Access::Value(item, Shared::Booleans(std::move(values)));
     }
-    std::vector<bool> values(length);
-    std::transform(
-        bytes.begin(), bytes.end(), values.begin(), [](std::uint8_t byte) { return byte != 0; });
-    item.Value(std::move(values));
-    Access::Raw(item, Variant::Bytes(bytes));
+    Access::Raw(item, RawBytes(reader, bytes));
 }
 
 /// Everything but lists; false for an unknown code.
@@ -170,34 +195,34 @@ bool ReadValue(Reader& reader, int code, std::uint32_t length, SECSItem& item) {
             ReadBinary(reader, length, item);
             return true;
         case FormatI1:
-            ReadNumbers<LongElement<1, true>>(reader, length, item);
+            ReadNumbers<LongNumbers<1, true>>(reader, length, item);
             return true;
         case FormatI2:
-            ReadNumbers<LongElement<2, true>>(reader, length, item);
+            ReadNumbers<LongNumbers<2, true>>(reader, length, item);
             return true;
         case FormatI4:
-            ReadNumbers<LongElement<4, true>>(reader, length, item);
+            ReadNumbers<LongNumbers<4, true>>(reader, length, item);
             return true;
         case FormatU1:
-            ReadNumbers<LongElement<1, false>>(reader, length, item);
+            ReadNumbers<LongNumbers<1, false>>(reader, length, item);
             return true;
         case FormatU2:
-            ReadNumbers<LongElement<2, false>>(reader, length, item);
+            ReadNumbers<LongNumbers<2, false>>(reader, length, item);
             return true;
         case FormatU4:
-            ReadNumbers<UnsignedElement<4>>(reader, length, item);
+            ReadNumbers<WideNumbers<Shared::kUInt32>>(reader, length, item);
             return true;
         case FormatU8:
-            ReadNumbers<UnsignedElement<8>>(reader, length, item);
+            ReadNumbers<WideNumbers<Shared::kUInt64>>(reader, length, item);
             return true;
         case FormatI8:
-            ReadNumbers<SignedElement>(reader, length, item);
+            ReadNumbers<WideNumbers<Shared::kInt64>>(reader, length, item);
             return true;
         case FormatF4:
-            ReadNumbers<SingleElement>(reader, length, item);
+            ReadNumbers<FloatNumbers<float, std::uint32_t>>(reader, length, item);
             return true;
         case FormatF8:
-            ReadNumbers<DoubleElement>(reader, length, item);
+            ReadNumbers<FloatNumbers<double, std::uint64_t>>(reader, length, item);
             return true;
         default:
             return false;
@@ -212,38 +237,43 @@ struct Step {
 };
 
 /// Reads one item; a list is left for the caller to fill.
-bool ReadItem(Reader& reader,
-              const SECSItemPtr& parent,
-              std::int32_t index,
-              std::vector<Step>& steps) {
+bool ReadItem(Reader& reader, SECSItem& parent, std::int32_t index, std::vector<Step>& steps) {
     const std::uint8_t format = reader.Byte();
     std::uint32_t length = 0;
     for (int byte = format & 3; byte > 0; --byte)
         length = length << 8U | reader.Byte();
-    const SECSItemPtr item = parent->AddNew(index);
-    if (item == nullptr) throw Fault(FaultNumber::ObjectNotSet);
     const int code = format >> 2;
-    item->Format(code);
+    SECSItemPtr added;
+    SECSItem* item = Access::Append(parent, index, code);
+    if (item == nullptr) {
+        added = parent.AddNew(index);
+        if (added == nullptr) throw Fault(FaultNumber::ObjectNotSet);
+        added->Format(code);
+        item = added.get();
+    }
     if (code != FormatList) return ReadValue(reader, code, length, *item);
-    if (length > 0) steps.push_back({item, length});
+    if (length > 0) {
+        Access::Reserve(*item, reader.RoomFor(length));
+        steps.push_back({item->shared_from_this(), length});
+    }
     return true;
 }
 
 }  // namespace
 
-bool lParseSECSMessage(std::span<const std::uint8_t> bytes,
+bool lParseSECSMessage(const Variant& body,
                        std::int64_t& position,
                        const SECSItemPtr& parent,
                        std::int32_t index) {
     bool ok = true;
-    Reader reader(bytes, position);
+    Reader reader(body, position);
     std::vector<Step> steps;  // In place of the machine's stack: lists nest to any depth.
-    const auto read = [&](const SECSItemPtr& list, std::int32_t place) {
+    const auto read = [&](SECSItem& list, std::int32_t place) {
         RunFreeRoutine(kName, [&] {
             if (!ReadItem(reader, list, place, steps)) ok = false;
         });
     };
-    read(parent, index);
+    read(*parent, index);
     while (!steps.empty()) {
         Step& step = steps.back();
         if (step.Next > step.Count) {
@@ -254,7 +284,8 @@ bool lParseSECSMessage(std::span<const std::uint8_t> bytes,
             ++step.Next;
             ReportFault(CurrentSite(), kName, FaultNumber::SubscriptOutOfRange);
         } else {
-            const SECSItemPtr list = step.Parent;
+            // The list of steps may move while it grows; the list that is read stays.
+            SECSItem& list = *step.Parent;
             read(list, static_cast<std::int32_t>(step.Next++));
         }
     }

@@ -1,11 +1,16 @@
 #include <hexmire/core/ModGeneral.h>
+#include <hexmire/core/detail/EncodedBytes.h>
 #include <hexmire/core/detail/Encoder.h>
 #include <hexmire/core/detail/SECSItemAccess.h>
 #include <hexmire/core/detail/SmlWriter.h>
+#include <hexmire/support/ByteOrder.h>
 #include <hexmire/support/Conversion.h>
 #include <hexmire/support/Fault.h>
 #include <hexmire/support/Reporting.h>
+#include <hexmire/support/detail/VariantBoxes.h>
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <concepts>
@@ -20,7 +25,8 @@ namespace hexmire::detail {
 namespace {
 
 using Access = SECSItemAccess;
-using Output = std::vector<std::uint8_t>;
+using Output = EncodedBytes;
+using View = std::span<const std::uint8_t>;
 
 constexpr RoutineName kName{"SECSMessage", "lBuildSECSMessage"};
 constexpr std::size_t kLargestShortLength = 0xFF;
@@ -31,33 +37,27 @@ constexpr std::size_t kLargestMediumLength = 0xFFFF;
 void WriteHead(Output& out, SECSItem& item, std::int32_t format, std::size_t length) {
     const std::uint8_t nlb =
         length <= kLargestShortLength ? 1 : (length <= kLargestMediumLength ? 2 : 3);
-    out.push_back(static_cast<std::uint8_t>(format * 4 | nlb));
-    for (int byte = nlb - 1; byte >= 0; --byte) {
-        out.push_back(static_cast<std::uint8_t>(length >> (byte * 8) & 0xFFU));
+    const auto formatByte = static_cast<std::uint64_t>(format) * 4 | nlb;
+    if (nlb == 1) {
+        out.PutNumber<2>(formatByte << 8U | length);
+    } else if (nlb == 2) {
+        out.PutNumber<3>(formatByte << 16U | length);
+    } else {
+        out.PutNumber<4>(formatByte << 24U | (length & 0xFFFFFFU));
     }
     Access::NLB(item, nlb);
     Access::Length(item, static_cast<std::int32_t>(length));
 }
 
 void KeepRaw(const Output& out, SECSItem& item, std::size_t start) {
-    Access::Raw(item, Variant::Bytes(std::span(out).subspan(start)));
+    Access::Raw(item, Variant::Bytes(out.From(start)));
 }
 
-void WriteText(Output& out, SECSItem& item, std::string_view text) {
+void WriteText(Output& out, SECSItem& item, const Variant& value) {
+    const std::string_view text = value.Text();
     WriteHead(out, item, FormatAscii, text.size());
-    const std::size_t start = out.size();
-    out.insert(out.end(), text.begin(), text.end());
-    if (!text.empty()) KeepRaw(out, item, start);
-}
-
-/// The low `width` bytes of a whole number, most significant first.
-template <std::size_t Width>
-void WriteLowBytes(Output& out, std::uint64_t bits) {
-    std::uint8_t bytes[Width];
-    for (std::size_t index = 0; index < Width; ++index) {
-        bytes[Width - 1 - index] = static_cast<std::uint8_t>(bits >> (index * 8) & 0xFFU);
-    }
-    out.insert(out.end(), bytes, bytes + Width);
+    out.Put({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    if (!text.empty()) Access::Raw(item, VariantAccess::BytesOf(value));
 }
 
 const Variant& AsVariant(const Variant& value) { return value; }
@@ -78,85 +78,124 @@ std::int32_t AsLong(const T& value) {
 
 /// The low bytes of a whole number that its wide format holds, so that no decimal is needed to make
 /// them; none for anything else.
-template <std::size_t Width, bool Signed, class T>
-std::optional<std::uint64_t> PlainBits(const T& value) {
-    std::uint64_t magnitude = 0;
-    bool negative = false;
-    if constexpr (std::same_as<T, Decimal>) {
-        if (!value.IsWhole() || value.MantissaHigh() != 0) return std::nullopt;
-        magnitude = value.MantissaLow();
-        negative = value.IsNegative();
-    } else if constexpr (std::integral<T> && !std::same_as<T, bool>) {
-        negative = value < 0;
-        magnitude = static_cast<std::uint64_t>(std::abs(std::int64_t{value}));
-    } else if constexpr (std::floating_point<T>) {
-        constexpr double kExact = 9007199254740992.0;  // 2^53
-        const auto wide = static_cast<double>(value);
-        if (!(std::abs(wide) <= kExact) || std::trunc(wide) != wide) return std::nullopt;
-        negative = wide < 0;
-        magnitude = static_cast<std::uint64_t>(std::abs(wide));
-    } else {
-        return std::nullopt;
-    }
+template <std::size_t Width, bool Signed>
+std::optional<std::uint64_t> BitsOf(std::uint64_t magnitude, bool negative) {
     constexpr std::uint64_t kLargest = ~std::uint64_t{0} >> (64 - Width * 8);
     if (magnitude > kLargest || (negative && !Signed)) return std::nullopt;
     return negative ? 0 - magnitude : magnitude;
 }
 
+template <std::size_t Width, bool Signed, class T>
+std::optional<std::uint64_t> PlainBits(const T& value) {
+    if constexpr (std::same_as<T, Decimal>) {
+        if (!value.IsWhole() || value.MantissaHigh() != 0) return std::nullopt;
+        return BitsOf<Width, Signed>(value.MantissaLow(), value.IsNegative());
+    } else if constexpr (std::integral<T> && !std::same_as<T, bool>) {
+        const auto magnitude = static_cast<std::uint64_t>(std::abs(std::int64_t{value}));
+        return BitsOf<Width, Signed>(magnitude, value < 0);
+    } else if constexpr (std::floating_point<T>) {
+        constexpr double kExact = 9007199254740992.0;  // 2^53
+        const auto wide = static_cast<double>(value);
+        if (!(std::abs(wide) <= kExact) || std::trunc(wide) != wide) return std::nullopt;
+        return BitsOf<Width, Signed>(static_cast<std::uint64_t>(std::abs(wide)), wide < 0);
+    } else if constexpr (std::same_as<T, Variant>) {
+        switch (value.Kind()) {
+            case VariantKind::Decimal:
+                return PlainBits<Width, Signed>(value.AsDecimal());
+            case VariantKind::Long:
+                return PlainBits<Width, Signed>(value.AsLong());
+            case VariantKind::Integer:
+                return PlainBits<Width, Signed>(value.AsInteger());
+            default:
+                return std::nullopt;
+        }
+    } else {
+        return std::nullopt;
+    }
+}
+
 bool Truth(bool value) { return value; }
 bool Truth(const auto& value) { return ToBoolean(AsVariant(value)); }
 
-// How one value of a format is written; each takes any element type or a Variant.
-struct WriteBoolean {
+// How one value of a format is written; each takes any element type or a Variant. AsItLies gives
+// the bytes of an array that go out unchanged; Turned the elements of one whose bytes are only to
+// be put most significant first.
+struct WriteOneByOne {
+    static View AsItLies(const Variant& /*array*/) { return {}; }
+    static View Turned(const Variant& /*array*/) { return {}; }
+};
+template <VariantElement T>
+View BytesOfElements(const Variant& array) {
+    const auto elements = array.View<T>();
+    return {reinterpret_cast<const std::uint8_t*>(elements.data()), elements.size_bytes()};
+}
+
+struct WriteBoolean : WriteOneByOne {
     static constexpr std::size_t kWidth = 1;
     void operator()(Output& out, const auto& value) const {
-        out.push_back(Truth(value) ? 0xFF : 0x00);
+        out.PutByte(Truth(value) ? 0xFF : 0x00);
     }
 };
-struct WriteBinary {
+struct WriteBinary : WriteOneByOne {
     static constexpr std::size_t kWidth = 1;
+    static View AsItLies(const Variant& array) { return array.View<std::uint8_t>(); }
     void operator()(Output& out, const auto& value) const {
-        out.push_back(static_cast<std::uint8_t>(AsLong(value) & 0xFF));
+        out.PutByte(static_cast<std::uint8_t>(AsLong(value) & 0xFF));
     }
 };
 template <std::size_t Width>
-struct WriteInteger {
+struct WriteInteger : WriteOneByOne {
     static constexpr std::size_t kWidth = Width;
+    static View AsItLies(const Variant& array) {
+        if constexpr (Width == 1) return array.View<std::uint8_t>();
+        return {};
+    }
+    static View Turned(const Variant& array) {
+        if constexpr (Width == 2) return BytesOfElements<std::int16_t>(array);
+        if constexpr (Width == 4) return BytesOfElements<std::int32_t>(array);
+        return {};
+    }
     void operator()(Output& out, const auto& value) const {
-        WriteLowBytes<Width>(out, static_cast<std::uint32_t>(AsLong(value)));
+        out.PutNumber<Width>(static_cast<std::uint32_t>(AsLong(value)));
     }
 };
 template <std::size_t Width, bool Signed>
-struct WriteWide {
+struct WriteWide : WriteOneByOne {
     static constexpr std::size_t kWidth = Width;
+    static View AsItLies(const Variant& array) {
+        constexpr auto kForm = Width == 4 ? VariantAccess::kUInt32
+                               : Signed   ? VariantAccess::kInt64
+                                          : VariantAccess::kUInt64;
+        return VariantAccess::NumberBytes(array, kForm);
+    }
     void operator()(Output& out, const auto& value) const {
         if (const auto bits = PlainBits<Width, Signed>(value); bits) {
-            WriteLowBytes<Width>(out, *bits);
+            out.PutNumber<Width>(*bits);
             return;
         }
         Decimal number = ToDecimal(AsVariant(value));
         const bool negative = Signed && number.IsNegative();
         if (negative) number = number.Negated();
-        const std::size_t start = out.size();
-        out.resize(start + Width);
-        const std::span<std::uint8_t> place = std::span(out).subspan(start);
+        const std::span<std::uint8_t> place = out.PutZeros(Width);
         lDecToByte(number, place, static_cast<std::int16_t>(Width));
         if (negative) lToNInt(place);
     }
 };
-struct WriteSingle {
+struct WriteSingle : WriteOneByOne {
     static constexpr std::size_t kWidth = 4;
+    static View Turned(const Variant& array) { return BytesOfElements<float>(array); }
     void operator()(Output& out, float value) const {
-        WriteLowBytes<4>(out, std::bit_cast<std::uint32_t>(value));
+        out.PutNumber<4>(std::bit_cast<std::uint32_t>(value));
     }
     void operator()(Output& out, const auto& value) const {
         (*this)(out, ToSingle(AsVariant(value)));
     }
 };
-struct WriteDouble {
+struct WriteDouble : WriteOneByOne {
     static constexpr std::size_t kWidth = 8;
+    static View Turned(const Variant& array) { return BytesOfElements<double>(array); }
     void operator()(Output& out, double value) const {
-        WriteLowBytes<8>(out, std::bit_cast<std::uint64_t>(value));
+        out.PutNumber<8>(std::bit_cast<std::uint64_t>(value));
     }
     void operator()(Output& out, const auto& value) const {
         (*this)(out, ToDouble(AsVariant(value)));
@@ -203,10 +242,19 @@ void WriteArray(Output& out, SECSItem& item, const Variant& array, Write write) 
     const auto length = static_cast<std::size_t>(std::max<std::int64_t>(count, 0)) * Write::kWidth;
     WriteHead(out, item, item.Format(), length);
     if (lowerBound < 0) throw Fault(FaultNumber::SubscriptOutOfRange);
-    const std::size_t start = out.size();
-    out.reserve(start + length);
-    out.resize(start + static_cast<std::size_t>(lowerBound) * Write::kWidth);
-    WriteElementsOfAnyKind(out, array, write);
+    const std::size_t start = out.Size();
+    if (const View same = lowerBound == 0 ? Write::AsItLies(array) : View(); !same.empty()) {
+        out.Put(same);
+        Access::Raw(item, VariantAccess::BytesOf(array));
+        return;
+    }
+    out.PutZeros(static_cast<std::size_t>(lowerBound) * Write::kWidth);
+    if (const View turned = Write::Turned(array); !turned.empty()) {
+        std::uint8_t* const place = out.PutZeros(turned.size()).data();
+        CopyBigEndian<Write::kWidth>(turned.data(), turned.size() / Write::kWidth, place);
+    } else {
+        WriteElementsOfAnyKind(out, array, write);
+    }
     KeepRaw(out, item, start);
 }
 
@@ -217,14 +265,15 @@ void WriteValue(Output& out, SECSItem& item, const Variant& value, Write write) 
         return;
     }
     WriteHead(out, item, item.Format(), Write::kWidth);
-    const std::size_t start = out.size();
+    const std::size_t start = out.Size();
     write(out, value);
+    const std::uint8_t* const written = out.From(start).data();
     if constexpr (std::same_as<Write, WriteBoolean>) {
-        Access::Raw(item, std::int16_t{out.back()});
+        Access::Raw(item, std::int16_t{*written});
     } else if constexpr (std::same_as<Write, WriteBinary>) {
-        Access::Raw(item, out.back());
+        Access::Raw(item, *written);
     } else {
-        KeepRaw(out, item, start);
+        Access::Raw(item, VariantAccess::BytesOfNumber<Write::kWidth>(written));
     }
 }
 
@@ -242,7 +291,7 @@ void WriteItem(Output& out, SECSItem& item) {
     }
     switch (format) {
         case FormatAscii:
-            return WriteText(out, item, ToText(value));
+            return WriteText(out, item, value.IsString() ? value : ToText(value));
         case FormatVar:
             return WriteText(out, item, AnyFormatText(value));
         case FormatBoolean:
@@ -279,16 +328,17 @@ struct Step {
 }  // namespace
 
 void lBuildSECSMessage(std::vector<std::uint8_t>& bytes, const SECSItemPtr& item) {
+    EncodedBytes out(bytes);
     std::vector<Step> steps;  // In place of the machine's stack: lists nest to any depth.
     const auto enter = [&](const SECSItemPtr& next) {
         RunFreeRoutine(kName, [&] {
             if (next == nullptr) throw Fault(FaultNumber::ObjectNotSet);
             if (next->Format() != FormatList) {
-                WriteItem(bytes, *next);
+                WriteItem(out, *next);
                 return;
             }
             std::shared_ptr<const Access::ChildList> children = Access::AllItems(*next);
-            WriteHead(bytes, *next, FormatList, children == nullptr ? 0 : children->size());
+            WriteHead(out, *next, FormatList, children == nullptr ? 0 : children->size());
             if (children != nullptr) steps.push_back({std::move(children)});
         });
     };

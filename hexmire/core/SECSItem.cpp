@@ -196,6 +196,14 @@ SECSItemPtr SECSItem::InsertChild(std::size_t position) {
     return child;
 }
 
+SECSItem& SECSItem::AppendChild() {
+    ChildList& children = WritableChildren();
+    SECSItem& child = *children.emplace_back(detail::ObjectMaker::Make<SECSItem>(site_));
+    RenumberFrom(children.size() - 1);
+    child.parent_ = weak_from_this();
+    return child;
+}
+
 SECSItemPtr SECSItem::AddNew(std::int32_t index) {
     SECSItemPtr added;
     RunRoutine(site_, Routine("AddNew"), [&] {
@@ -259,6 +267,19 @@ void SECSItem::SetItemIndex(std::int32_t value) noexcept {
     }
 }
 
+SECSItem* detail::SECSItemAccess::Append(SECSItem& list, std::int32_t index, std::int32_t format) {
+    const bool isNext = list.format_ == FormatList && index > 0 &&
+                        static_cast<std::size_t>(index) == list.ChildCount() + 1;
+    if (!isNext || (format != FormatList && !IsValueFormat(format))) return nullptr;
+    SECSItem& child = list.AppendChild();
+    child.format_ = static_cast<std::uint8_t>(format);
+    return &child;
+}
+
+void detail::SECSItemAccess::Reserve(SECSItem& list, std::size_t count) {
+    if (list.children_ == nullptr) list.WritableChildren().reserve(count);
+}
+
 void detail::SECSItemAccess::AllItems(SECSItem& item, const ChildList& children) {
     item.children_ = std::make_shared<ChildList>(children);
     item.childrenNumbered_ = false;
@@ -275,7 +296,14 @@ void SECSItem::TearDown() noexcept {
         const auto takeChildren = [&pending](SECSItem& item) {
             const std::shared_ptr<ChildList> children = std::exchange(item.children_, nullptr);
             item.childrenNumbered_ = true;
-            pending.insert(pending.end(), children->rbegin(), children->rend());
+            const std::size_t first = pending.size();
+            pending.resize(first + children->size());
+            const auto place = pending.begin() + static_cast<std::ptrdiff_t>(first);
+            if (children.use_count() > 1) {  // A walk goes on.
+                std::reverse_copy(children->begin(), children->end(), place);
+            } else {
+                std::move(children->rbegin(), children->rend(), place);
+            }
         };
         takeChildren(*this);
         while (!pending.empty()) {

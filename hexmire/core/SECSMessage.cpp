@@ -200,7 +200,7 @@ bool SECSMessageAccess::DecodeTree(SECSMessage& message, std::span<const std::ui
     const Variant body = message.raw_;  // A handler may set Raw while an item is reported.
     const SECSItemPtr root = message.root_;
     std::int64_t position = -1;
-    return lParseSECSMessage(body.View<std::uint8_t>(), position, root, 1);
+    return lParseSECSMessage(body, position, root, 1);
 }
 
 std::string SECSMessageAccess::ToSML(const SECSMessage& message, bool replyExpected) {

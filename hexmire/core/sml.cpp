@@ -13,6 +13,11 @@ std::vector<std::uint8_t> EncodeBody(SECSMessage& message) {
     return bytes;
 }
 
+Variant EncodedBody(SECSMessage& message) {
+    detail::SECSMessageAccess::Build(message);
+    return message.Length() == 0 ? Variant::Bytes({}) : message.Raw();
+}
+
 DecodedBody DecodeBody(std::span<const std::uint8_t> bytes) {
     DecodedBody decoded{New<SECSMessage>(), false};
     if (decoded.Message == nullptr) return decoded;

@@ -56,13 +56,6 @@ Decimal::Decimal(std::uint32_t high, std::uint64_t low, bool negative, unsigned 
     negative_ = negative && mantissa != 0;
 }
 
-Decimal Decimal::FromInt64(std::int64_t value) noexcept {
-    const auto bits = static_cast<std::uint64_t>(value);
-    return {0, value < 0 ? 0 - bits : bits, value < 0};
-}
-
-Decimal Decimal::FromUInt64(std::uint64_t value) noexcept { return {0, value, false}; }
-
 Decimal Decimal::FromDouble(double value) {
     constexpr double kWholeLimit = 9007199254740992.0;  // 2^53: every whole double below is exact.
     if (std::abs(value) <= kWholeLimit && std::trunc(value) == value) {

@@ -15,8 +15,17 @@ public:
     Decimal() = default;
     /// The whole number `negative ? -m : m` with m = high x 2^64 + low. Zero is never negative.
     Decimal(std::uint32_t high, std::uint64_t low, bool negative, unsigned scale = 0) noexcept;
-    static Decimal FromInt64(std::int64_t value) noexcept;
-    static Decimal FromUInt64(std::uint64_t value) noexcept;
+    static Decimal FromInt64(std::int64_t value) noexcept {
+        const auto bits = static_cast<std::uint64_t>(value);
+        Decimal decimal = FromUInt64(value < 0 ? 0 - bits : bits);
+        decimal.negative_ = value < 0;
+        return decimal;
+    }
+    static Decimal FromUInt64(std::uint64_t value) noexcept {
+        Decimal decimal;
+        decimal.low_ = value;
+        return decimal;
+    }
     /// The exact value of the double as far as 28 digits carry it, rounded half to even beyond
     /// them. NaN and infinities are fault 6.
     static Decimal FromDouble(double value);

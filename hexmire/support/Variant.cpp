@@ -1,85 +1,91 @@
 #include <hexmire/support/Fault.h>
 #include <hexmire/support/Variant.h>
+#include <hexmire/support/detail/VariantBoxes.h>
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
 #include <limits>
 #include <utility>
 
 namespace hexmire {
 
-struct Variant::ArrayBox {
-    std::int32_t LowerBound = 0;
-    std::variant<std::vector<std::uint8_t>,
-                 BooleanElements,
-                 std::vector<std::int16_t>,
-                 std::vector<std::int32_t>,
-                 std::vector<float>,
-                 std::vector<double>,
-                 std::vector<Decimal>,
-                 std::vector<Variant>>
-        Elements;
+using Access = detail::VariantAccess;
 
-    [[nodiscard]] std::size_t Size() const noexcept {
-        return std::visit([](const auto& held) { return SizeOf(held); }, Elements);
-    }
+namespace {
 
-private:
-    template <class T>
-    static std::size_t SizeOf(const std::vector<T>& held) noexcept {
-        return held.size();
-    }
-    static std::size_t SizeOf(const BooleanElements& held) noexcept { return held.Values.size(); }
-};
+constexpr auto kMostElements = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
 
-struct Variant::ObjectBox {
-    std::shared_ptr<void> Object;
-    const std::type_info* Type = nullptr;
-};
+std::span<const std::uint8_t> BytesOfText(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+}  // namespace
+
+// --- Boxes ---------------------------------------------------------------------------------------
+
+void Variant::Retain() const noexcept { Load<const Box*>()->Retain(); }
+
+void Variant::Release() noexcept { Load<const Box*>()->Release(); }
+
+const Variant::Memory* Variant::MemoryOf(Tag tag) const noexcept {
+    return held_.What() == tag ? static_cast<const Memory*>(Load<const Box*>()) : nullptr;
+}
+
+const Variant::NumberMemory* Variant::NumbersOf() const noexcept {
+    return held_.What() == Tag::Numbers ? static_cast<const NumberMemory*>(Load<const Box*>())
+                                        : nullptr;
+}
+
+const Variant::ArrayBox* Variant::ArrayOf() const noexcept {
+    return held_.What() == Tag::Array ? static_cast<const ArrayBox*>(Load<const Box*>()) : nullptr;
+}
+
+const Variant::ObjectBox* Variant::ObjectBoxOf() const noexcept {
+    return held_.What() == Tag::Object ? static_cast<const ObjectBox*>(Load<const Box*>())
+                                       : nullptr;
+}
+
+// --- Making --------------------------------------------------------------------------------------
 
 Variant::Variant(std::string_view text) {
-    if (text.size() <= std::tuple_size_v<decltype(Inline<TextTag>::Data)>) {
-        auto& held = value_.emplace<Inline<TextTag>>();
-        held.Size = static_cast<std::uint8_t>(text.size());
-        std::copy(text.begin(), text.end(), held.Data.begin());
-    } else {
-        value_ = std::make_shared<const std::string>(text);
+    const std::span<const std::uint8_t> bytes = BytesOfText(text);
+    if (bytes.size() <= kShortBytes) {
+        *this = Variant(Tag::ShortText, bytes);
+        return;
     }
+    auto* memory = Access::OwnMemory::Make(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), memory->Place());
+    *this = Access::Holding(Tag::LongText, memory);
 }
 
 Variant::Variant(std::string&& text) {
-    if (text.size() <= std::tuple_size_v<decltype(Inline<TextTag>::Data)>) {
-        *this = Variant(std::string_view(text));
+    if (text.size() <= kShortBytes) {
+        *this = Variant(Tag::ShortText, BytesOfText(text));
     } else {
-        value_ = std::make_shared<const std::string>(std::move(text));
+        *this =
+            Access::Holding(Tag::LongText, new Access::TakenMemory<std::string>(std::move(text)));
     }
 }
 
-Variant Variant::Null() noexcept {
-    Variant result;
-    result.value_ = NullTag{};
-    return result;
-}
+Variant Variant::Null() noexcept { return Variant(Held(Tag::Null)); }
 
 template <VariantElement T>
 Variant Variant::Array(std::vector<T> elements, std::int32_t lowerBound) {
-    if (elements.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
-        throw Fault(FaultNumber::OutOfMemory);
-    }
+    if (elements.size() > kMostElements) throw Fault(FaultNumber::OutOfMemory);
     if constexpr (std::same_as<T, std::uint8_t>) {
-        if (lowerBound == 0 && elements.size() <= 15) return Bytes(elements);
+        if (lowerBound == 0) {
+            if (elements.size() <= kShortBytes) return Bytes(elements);
+            using Taken = Access::TakenMemory<std::vector<std::uint8_t>>;
+            return Access::Holding(Tag::LongBytes, new Taken(std::move(elements)));
+        }
     }
-    auto box = std::make_shared<ArrayBox>();
-    box->LowerBound = lowerBound;
+    const auto make = [lowerBound](ArrayBox::Elements held) {
+        return Access::Holding(Tag::Array, new ArrayBox(std::move(held), lowerBound));
+    };
     if constexpr (std::same_as<T, bool>) {
-        box->Elements = BooleanElements{{elements.begin(), elements.end()}};
+        return make(ArrayBox::Booleans{{elements.begin(), elements.end()}});
     } else {
-        box->Elements = std::move(elements);
+        return make(std::move(elements));
     }
-    Variant result;
-    result.value_ = std::shared_ptr<const ArrayBox>(std::move(box));
-    return result;
 }
 
 template Variant Variant::Array(std::vector<std::uint8_t>, std::int32_t);
@@ -91,55 +97,32 @@ template Variant Variant::Array(std::vector<double>, std::int32_t);
 template Variant Variant::Array(std::vector<Decimal>, std::int32_t);
 template Variant Variant::Array(std::vector<Variant>, std::int32_t);
 
-Variant Variant::Bytes(std::span<const std::uint8_t> bytes) {
-    Variant result;
-    if (bytes.size() <= 15) {
-        auto& held = result.value_.emplace<Inline<BytesTag>>();
-        held.Size = static_cast<std::uint8_t>(bytes.size());
-        std::copy(bytes.begin(), bytes.end(), held.Data.begin());
-        return result;
-    }
-    return Array(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
+Variant Variant::LongBytes(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() > kMostElements) throw Fault(FaultNumber::OutOfMemory);
+    auto* memory = Access::OwnMemory::Make(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), memory->Place());
+    return Access::Holding(Tag::LongBytes, memory);
 }
 
 Variant Variant::FromObject(std::shared_ptr<void> object, const std::type_info& type) {
-    Variant result;
-    result.value_ = std::make_shared<const ObjectBox>(ObjectBox{std::move(object), &type});
-    return result;
+    return Access::Holding(Tag::Object, new ObjectBox(std::move(object), type));
 }
 
+// --- Reading -------------------------------------------------------------------------------------
+
 std::shared_ptr<void> Variant::ObjectOf(const std::type_info& type) const {
-    const auto* box = std::get_if<std::shared_ptr<const ObjectBox>>(&value_);
-    return box != nullptr && *(*box)->Type == type ? (*box)->Object : nullptr;
+    const ObjectBox* box = ObjectBoxOf();
+    return box != nullptr && box->Type == type ? box->Object : nullptr;
 }
 
 bool Variant::IsNothing() const noexcept {
-    const auto* box = std::get_if<std::shared_ptr<const ObjectBox>>(&value_);
-    return box != nullptr && (*box)->Object == nullptr;
+    const ObjectBox* box = ObjectBoxOf();
+    return box != nullptr && box->Object == nullptr;
 }
 
-const Variant::ArrayBox* Variant::Box() const noexcept {
-    const auto* box = std::get_if<std::shared_ptr<const ArrayBox>>(&value_);
-    return box == nullptr ? nullptr : box->get();
-}
-
-VariantKind Variant::Kind() const noexcept {
+VariantKind Variant::KindOfArray() const noexcept {
     using enum VariantKind;
-    // In the order of Storage; the array row is refined below.
-    static constexpr std::array kKinds{Empty,
-                                       Null,
-                                       Byte,
-                                       Integer,
-                                       Long,
-                                       Single,
-                                       Double,
-                                       Boolean,
-                                       VariantKind::Decimal,
-                                       String,
-                                       String,
-                                       ByteArray,
-                                       ByteArray,
-                                       VariantKind::Object};
+    // In the order of ArrayBox::Elements.
     static constexpr std::array kArrays{ByteArray,
                                         BooleanArray,
                                         IntegerArray,
@@ -148,13 +131,12 @@ VariantKind Variant::Kind() const noexcept {
                                         DoubleArray,
                                         DecimalArray,
                                         VariantArray};
-    const ArrayBox* box = Box();
-    return box == nullptr ? kKinds[value_.index()] : kArrays[box->Elements.index()];
+    return kArrays[ArrayOf()->Held.index()];
 }
 
 std::int32_t Variant::LowerBound() const {
-    if (const ArrayBox* box = Box(); box != nullptr) return box->LowerBound;
-    if (std::holds_alternative<Inline<BytesTag>>(value_)) return 0;
+    if (const ArrayBox* box = ArrayOf(); box != nullptr) return box->LowerBound;
+    if (IsArray()) return 0;
     throw Fault(FaultNumber::TypeMismatch);
 }
 
@@ -163,10 +145,10 @@ std::int32_t Variant::UpperBound() const {
 }
 
 std::size_t Variant::ElementCount() const {
-    if (const auto* held = std::get_if<Inline<BytesTag>>(&value_); held != nullptr) {
-        return held->Size;
-    }
-    if (const ArrayBox* box = Box(); box != nullptr) return box->Size();
+    if (held_.What() == Tag::ShortBytes) return held_.Size();
+    if (const Memory* memory = MemoryOf(Tag::LongBytes); memory != nullptr) return memory->Size;
+    if (const NumberMemory* numbers = NumbersOf(); numbers != nullptr) return numbers->Count();
+    if (const ArrayBox* box = ArrayOf(); box != nullptr) return box->Size();
     throw Fault(FaultNumber::TypeMismatch);
 }
 
@@ -176,55 +158,64 @@ Variant Variant::Element(std::int32_t index) const {
         throw Fault(FaultNumber::SubscriptOutOfRange);
     }
     const auto position = static_cast<std::size_t>(offset);
-    if (const auto* held = std::get_if<Inline<BytesTag>>(&value_); held != nullptr) {
-        return held->Data[position];
-    }
+    if (const NumberMemory* numbers = NumbersOf(); numbers != nullptr) return numbers->At(position);
+    const ArrayBox* box = ArrayOf();
+    if (box == nullptr) return View<std::uint8_t>()[position];
     return std::visit(
         [position](const auto& held) -> Variant {
-            if constexpr (std::same_as<std::decay_t<decltype(held)>, BooleanElements>) {
+            if constexpr (std::same_as<std::decay_t<decltype(held)>, ArrayBox::Booleans>) {
                 return held.Values[position] != 0;
             } else {
                 return held[position];
             }
         },
-        Box()->Elements);
+        box->Held);
 }
 
 template <VariantElement T>
-auto Variant::View() const noexcept
+auto Variant::View() const
     -> std::span<const std::conditional_t<std::same_as<T, bool>, std::uint8_t, T>> {
     if constexpr (std::same_as<T, std::uint8_t>) {
-        if (const auto* held = std::get_if<Inline<BytesTag>>(&value_); held != nullptr) {
-            return {held->Data.data(), held->Size};
+        if (held_.What() == Tag::ShortBytes) return {held_.Data(), held_.Size()};
+        if (const Memory* memory = MemoryOf(Tag::LongBytes); memory != nullptr) {
+            return memory->Bytes();
+        }
+    } else if constexpr (std::same_as<T, hexmire::Decimal>) {
+        if (const NumberMemory* numbers = NumbersOf(); numbers != nullptr) {
+            return numbers->Decimals();
         }
     }
-    const ArrayBox* box = Box();
+    const ArrayBox* box = ArrayOf();
     if (box == nullptr) return {};
     if constexpr (std::same_as<T, bool>) {
-        const auto* held = std::get_if<BooleanElements>(&box->Elements);
+        const auto* held = std::get_if<ArrayBox::Booleans>(&box->Held);
         if (held != nullptr) return held->Values;
     } else {
-        const auto* held = std::get_if<std::vector<T>>(&box->Elements);
+        const auto* held = std::get_if<std::vector<T>>(&box->Held);
         if (held != nullptr) return *held;
     }
     return {};
 }
 
-template std::span<const std::uint8_t> Variant::View<std::uint8_t>() const noexcept;
-template std::span<const std::uint8_t> Variant::View<bool>() const noexcept;
-template std::span<const std::int16_t> Variant::View<std::int16_t>() const noexcept;
-template std::span<const std::int32_t> Variant::View<std::int32_t>() const noexcept;
-template std::span<const float> Variant::View<float>() const noexcept;
-template std::span<const double> Variant::View<double>() const noexcept;
-template std::span<const Decimal> Variant::View<Decimal>() const noexcept;
-template std::span<const Variant> Variant::View<Variant>() const noexcept;
+template std::span<const std::uint8_t> Variant::View<std::uint8_t>() const;
+template std::span<const std::uint8_t> Variant::View<bool>() const;
+template std::span<const std::int16_t> Variant::View<std::int16_t>() const;
+template std::span<const std::int32_t> Variant::View<std::int32_t>() const;
+template std::span<const float> Variant::View<float>() const;
+template std::span<const double> Variant::View<double>() const;
+template std::span<const Decimal> Variant::View<Decimal>() const;
+template std::span<const Variant> Variant::View<Variant>() const;
 
 std::string_view Variant::Text() const noexcept {
-    if (const auto* held = std::get_if<Inline<TextTag>>(&value_); held != nullptr) {
-        return {reinterpret_cast<const char*>(held->Data.data()), held->Size};
+    const std::uint8_t* data = held_.Data();
+    std::size_t size = held_.Size();
+    if (const Memory* memory = MemoryOf(Tag::LongText); memory != nullptr) {
+        data = memory->Data;
+        size = memory->Size;
+    } else if (held_.What() != Tag::ShortText) {
+        return {};
     }
-    const auto* boxed = std::get_if<std::shared_ptr<const std::string>>(&value_);
-    return boxed == nullptr ? std::string_view() : std::string_view(**boxed);
+    return {reinterpret_cast<const char*>(data), size};
 }
 
 bool operator==(const Variant& left, const Variant& right) noexcept {
@@ -252,8 +243,7 @@ bool operator==(const Variant& left, const Variant& right) noexcept {
         case VariantKind::Decimal:
             return left.AsDecimal() == right.AsDecimal();
         case VariantKind::Object: {
-            using Ref = std::shared_ptr<const Variant::ObjectBox>;
-            return std::get<Ref>(left.value_)->Object == std::get<Ref>(right.value_)->Object;
+            return left.ObjectBoxOf()->Object == right.ObjectBoxOf()->Object;
         }
         default:
             break;

@@ -20,11 +20,17 @@ public:
         item.parent_ = parent;
     }
     static void Raw(SECSItem& item, Variant value) noexcept { item.raw_ = std::move(value); }
+    static void Value(SECSItem& item, Variant value) noexcept { item.value_ = std::move(value); }
     static void NLB(SECSItem& item, std::uint8_t value) noexcept { item.nlb_ = value; }
     /// The children as they are now; shared with the item until it changes them. May be nullptr.
     static std::shared_ptr<const ChildList> AllItems(const SECSItem& item) noexcept {
         return item.children_;
     }
+    /// Adds a child of that format at the end of a list, which keeps it. nullptr, and nothing done,
+    /// when the 1-based index is not the next one or the format is none: AddNew knows what to say.
+    static SECSItem* Append(SECSItem& list, std::int32_t index, std::int32_t format);
+    /// Makes room for children of a list that has had none.
+    static void Reserve(SECSItem& list, std::size_t count);
     /// Replaces the children.
     static void AllItems(SECSItem& item, const ChildList& children);
     static void TearDown(SECSItem& item) noexcept { item.TearDown(); }
