@@ -181,8 +181,7 @@ void ReadValue(const Variant& value) {
     if (value.IsString()) {
         Keep(value.Text().data());
     } else if (value.Kind() == VariantKind::DecimalArray) {
-        for (const Decimal& element : value.View<Decimal>())
-            Keep(&element);
+        Keep(value.Numbers<std::uint32_t>().data());
     } else {
         Keep(&value);
     }
