@@ -1,8 +1,6 @@
 #include <hexmire/support/ByteOrder.h>
 
-#if defined(__x86_64__)
-#include <tmmintrin.h>
-#endif
+#include <utility>
 
 namespace hexmire {
 
@@ -19,22 +17,21 @@ void CopyOneByOne(const std::uint8_t* from, std::size_t count, std::uint8_t* to)
 #if defined(__x86_64__)
 
 constexpr std::size_t kBlock = 16;
+using Block [[gnu::vector_size(kBlock)]] = std::uint8_t;
 
 /// Sixteen bytes at a time: compilers for the oldest machine of this kind swap one number at a
 /// time, several times slower than memory.
-template <std::size_t Width>
+template <std::size_t Width, std::size_t... Index>
 [[gnu::target("ssse3")]] void CopyBlocks(const std::uint8_t* from,
                                          std::size_t blocks,
-                                         std::uint8_t* to) noexcept {
-    alignas(kBlock) std::uint8_t places[kBlock];
-    for (std::size_t index = 0; index < kBlock; ++index) {
-        places[index] =
-            static_cast<std::uint8_t>(index / Width * Width + Width - 1 - index % Width);
-    }
-    const __m128i order = _mm_load_si128(reinterpret_cast<const __m128i*>(places));
+                                         std::uint8_t* to,
+                                         std::index_sequence<Index...> /*places*/) noexcept {
     for (std::size_t block = 0; block < blocks; ++block, from += kBlock, to += kBlock) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_shuffle_epi8(bytes, order));
+        Block bytes;
+        std::memcpy(&bytes, from, kBlock);
+        bytes = __builtin_shufflevector(
+            bytes, bytes, (Index / Width * Width + Width - 1 - Index % Width)...);
+        std::memcpy(to, &bytes, kBlock);
     }
 }
 
@@ -44,7 +41,7 @@ void CopyReversed(const std::uint8_t* from, std::size_t count, std::uint8_t* to)
     std::size_t done = 0;
     if (kCanShuffle) {
         const std::size_t blocks = count * Width / kBlock;
-        CopyBlocks<Width>(from, blocks, to);
+        CopyBlocks<Width>(from, blocks, to, std::make_index_sequence<kBlock>());
         done = blocks * kBlock;
     }
     CopyOneByOne<Width>(from + done, count - done / Width, to + done);
