@@ -40,4 +40,9 @@ std::string VisibleText(std::string_view utf8, std::string_view kept) {
     return text;
 }
 
+std::string OutputText(std::string_view utf8) {
+    if (ControlsOfOutput() == Controls::AsTheyCame) return std::string(utf8);
+    return VisibleText(utf8, "\n\t");
+}
+
 }  // namespace hexmire::program

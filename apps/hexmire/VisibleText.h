@@ -19,4 +19,8 @@ enum class Controls : std::uint8_t {
 /// `kept` stay; with LF, CR LF does too.
 [[nodiscard]] std::string VisibleText(std::string_view utf8, std::string_view kept = {});
 
+/// The text as the standard output takes it: on a terminal, visible but for the ends of lines and
+/// tabulators.
+[[nodiscard]] std::string OutputText(std::string_view utf8);
+
 }  // namespace hexmire::program

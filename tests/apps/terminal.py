@@ -205,10 +205,20 @@ class Terminal(unittest.TestCase):
         wanted = termios.ICANON | termios.ECHO
         self.assertEqual(modes(host.descriptor) & wanted, wanted)
 
-    def test_decoded_bytes_move_no_cursor(self):
+    def test_what_commands_show_moves_no_cursor(self):
         shown = Prompt(self.state, "decode", "41 04 1B 5B 32 4A")
         shown.wait_for("< A '\\x1B[2J' >")
         self.assertEqual(shown.end(), 0)
+        path = os.path.join(self.state, "d.xml")
+        with open(path, "w", encoding="ascii") as file:
+            file.write("<D><Trans Name='S1F1' Desc='&#x9b;2J'>"
+                       "<Primary Stream='1' Func='1' Name='' Desc=''><Root/></Primary>"
+                       "<Secondary Stream='1' Func='2' Name='' Desc=''><Root/></Secondary>"
+                       "</Trans></D>")
+        for arguments in (("list",), ("show", "S1F1")):
+            shown = Prompt(self.state, "dictionary", *arguments, "--dictionary", path)
+            shown.wait_for("\\x9B2J")
+            self.assertEqual(shown.end(), 0)
 
     def test_a_signal_ends_the_prompt_and_what_runs_there(self):
         host = self.prompt()

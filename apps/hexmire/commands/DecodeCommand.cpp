@@ -178,8 +178,7 @@ void Print(const DecodeOptions& options, const Frame& frame, const Shown& shown)
         return;
     }
     if (options.Header) std::cout << "* " << HeaderLine(frame.Header) << '\n';
-    const std::string text = Utf8FromLatin1(WithoutReturns(shown.Sml));
-    std::cout << (ControlsOfOutput() == Controls::Visible ? VisibleText(text, "\n\t") : text);
+    std::cout << OutputText(Utf8FromLatin1(WithoutReturns(shown.Sml)));
 }
 
 std::optional<Framing> FramingNamed(const std::string& name) {

@@ -12,6 +12,7 @@
 #include "MessageRecord.h"
 #include "SmlInput.h"
 #include "Template.h"
+#include "VisibleText.h"
 #include <CLI/CLI.hpp>
 #include <fnmatch.h>
 #include <nlohmann/json.hpp>
@@ -37,7 +38,8 @@ void PrintFinding(const std::string& file, const DictionaryFinding& finding, boo
         const Json line{{"file", file}, {"line", finding.Line}, {"text", finding.Text}};
         std::cout << line.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
     } else {
-        std::cout << file << ':' << finding.Line << ": " << finding.Text << '\n';
+        std::cout << OutputText(file + ':' + std::to_string(finding.Line) + ": " + finding.Text)
+                  << '\n';
     }
 }
 
@@ -107,7 +109,7 @@ void PrintTable(const std::vector<Row>& rows) {
             line += cell;
         }
         line.erase(line.find_last_not_of(' ') + 1);
-        std::cout << Utf8FromLatin1(line) << '\n';
+        std::cout << OutputText(Utf8FromLatin1(line)) << '\n';
     }
 }
 
@@ -117,7 +119,7 @@ void TellErrors(const LoadedDictionary& dictionary, const std::string& path) {
     if (isEmpty && !dictionary.Errors().empty())
         throw Failure("cannot read the dictionary " + path + ": " + dictionary.Errors().front());
     for (const std::string& error : dictionary.Errors())
-        std::cerr << "hexmire: loading reports " << error << '\n';
+        std::cerr << "hexmire: loading reports " << VisibleText(error) << '\n';
 }
 
 void List(const DictionaryOptions& options) {
@@ -177,7 +179,7 @@ void Show(const DictionaryOptions& options) {
     } else {
         text += "* no reply\n";
     }
-    std::cout << Utf8FromLatin1(text) << std::flush;
+    std::cout << OutputText(Utf8FromLatin1(text)) << std::flush;
 }
 
 // --- from-sml ------------------------------------------------------------------------------------

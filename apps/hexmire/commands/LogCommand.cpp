@@ -1,6 +1,7 @@
 #include "commands/LogCommand.h"
 
 #include "Failure.h"
+#include "VisibleText.h"
 #include "log/EntryPrinter.h"
 #include "log/ExchangeSink.h"
 #include "log/JsonLog.h"
@@ -74,7 +75,9 @@ void Check(const LogOptions& options) {
         throw UsageError("--side: '" + options.Side + "' is none of host|equipment");
 }
 
-void Warn(const std::string& text) { std::cerr << "hexmire: warning: " << text << std::endl; }
+void Warn(const std::string& text) {
+    std::cerr << "hexmire: warning: " << VisibleText(text) << std::endl;
+}
 
 std::string Counted(std::int64_t count, const char* one, const char* several) {
     return std::to_string(count) + ' ' + (count == 1 ? one : several);
