@@ -41,12 +41,12 @@ std::size_t FileReader::Read(std::span<char> room) {
     return static_cast<std::size_t>(count);
 }
 
-std::string FileReader::ReadAll() {
-    constexpr std::size_t kMost = std::size_t{1} << 30;
+std::string FileReader::ReadAll(std::size_t most) {
     std::string text;
     std::array<char, kPiece> room{};
     while (const std::size_t count = Read(room)) {
-        if (text.size() + count > kMost) throw Failure(name_ + " is larger than 1 GiB");
+        if (text.size() + count > most)
+            throw Failure(name_ + " is larger than " + std::to_string(most >> 20U) + " MiB");
         text.append(room.data(), count);
     }
     return text;

@@ -21,9 +21,9 @@ public:
     /// Number of bytes that were put into the room; 0 at the end.
     [[nodiscard]] std::size_t Read(std::span<char> room);
 
-    /// All that is left. Failure for more than 1 GiB: such a file, or device, is not what was
-    /// meant.
-    [[nodiscard]] std::string ReadAll();
+    /// All that is left. Failure for more than `most` bytes, some MiB: such a file, or device, is
+    /// not what was meant.
+    [[nodiscard]] std::string ReadAll(std::size_t most = std::size_t{1} << 30U);
 
 private:
     std::string name_;

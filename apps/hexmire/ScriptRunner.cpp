@@ -59,21 +59,21 @@ std::optional<Action> ScriptReader::Next() {
 }
 
 Action ScriptReader::ReadCommand(std::string text) {
-    std::optional<MessageEnd> end;
+    MessageEnd end;
+    static_cast<void>(end.MayBeIn(WithoutName(text)));
     for (;;) {
         try {
             return commands_.Read(text);
         } catch (const BadCommand& bad) {
             if (!bad.IsIncomplete) throw;
         }
-        if (!end) static_cast<void>(end.emplace().MayBeIn(WithoutName(text)));
         for (bool mayEnd = false; !mayEnd;) {
             const std::optional<std::string> more = next_(true);
             if (!more) return commands_.Read(text);
             ++lines_;
             if (text.size() + more->size() >= kLongest)
                 throw BadCommand("the command is longer than 16 MiB");
-            mayEnd = end->MayBeIn(*more);
+            mayEnd = end.MayBeIn(*more);
             text += '\n' + *more;
         }
     }

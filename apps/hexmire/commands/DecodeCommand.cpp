@@ -221,7 +221,9 @@ void AddDecodeOptions(CLI::App& command, DecodeOptions& options) {
     command
         .add_option_function<std::string>(
             "--framing",
-            [&options](const std::string& name) { options.Framing = *FramingNamed(name); },
+            [&options](const std::string& name) {
+                options.Framing = FramingNamed(name).value_or(Framing::Find);
+            },
             "How whole messages lie in the input: message (one, header and body), hsms "
             "(behind 4-byte lengths), secs1 (blocks); default: as it looks")
         ->check(isFraming)
