@@ -17,13 +17,15 @@ constexpr RoutineName kName{"ModGeneral", "CreateDuplicateItem"};
 
 /// Everything but the children.
 void CopyFields(SECSItem& target, const SECSItem& source) {
-    if (const std::string description = source.Description(); !description.empty()) {
-        target.Description(description);
+    if (Access::HasTexts(source)) {
+        if (const std::string text = source.Description(); !text.empty()) target.Description(text);
     }
     target.Format(source.Format());
     Access::ItemIndex(target, source.ItemIndex());
     Access::Length(target, Access::Length(source));
-    if (const std::string name = source.Name(); !name.empty()) target.Name(name);
+    if (Access::HasTexts(source)) {
+        if (const std::string name = source.Name(); !name.empty()) target.Name(name);
+    }
     target.NLB(source.NLB());
     if (!Access::Raw(source).IsEmpty()) Access::Raw(target, Access::Raw(source));
     if (!Access::Value(source).IsEmpty()) target.Value(Access::Value(source));

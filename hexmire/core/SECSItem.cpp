@@ -117,6 +117,13 @@ void SECSItem::Value(Variant value) noexcept { value_ = std::move(value); }
 // --- Lookup ------------------------------------------------------------------------------------
 
 SECSItemPtr SECSItem::Item(const Variant& value) const {
+    // A position that is there needs no fault handler.
+    if (value.Kind() == VariantKind::Long && childrenNumbered_) {
+        const std::int32_t index = value.AsLong();
+        if (index >= 1 && index <= ItemCount()) {
+            return (*children_)[static_cast<std::size_t>(index) - 1];
+        }
+    }
     SECSItemPtr found;
     RunRoutine(site_, Routine("Get Item"), [&] { found = FindChild(value); });
     return found;
@@ -196,11 +203,11 @@ SECSItemPtr SECSItem::InsertChild(std::size_t position) {
     return child;
 }
 
-SECSItem& SECSItem::AppendChild() {
+const SECSItemPtr& SECSItem::AppendChild() {
     ChildList& children = WritableChildren();
-    SECSItem& child = *children.emplace_back(detail::ObjectMaker::Make<SECSItem>(site_));
+    const SECSItemPtr& child = children.emplace_back(detail::ObjectMaker::Make<SECSItem>(site_));
     RenumberFrom(children.size() - 1);
-    child.parent_ = weak_from_this();
+    child->parent_ = weak_from_this();
     return child;
 }
 
@@ -211,6 +218,8 @@ SECSItemPtr SECSItem::AddNew(std::int32_t index) {
             ReportError(site_, Routine("AddNew"), 2002);
         } else if (index < 1 || static_cast<std::size_t>(index) > ChildCount() + 1) {
             ReportError(site_, Routine("AddNew"), 2003);
+        } else if (static_cast<std::size_t>(index) == ChildCount() + 1) {
+            added = AppendChild();
         } else {
             added = InsertChild(static_cast<std::size_t>(index) - 1);
         }
@@ -271,7 +280,7 @@ SECSItem* detail::SECSItemAccess::Append(SECSItem& list, std::int32_t index, std
     const bool isNext = list.format_ == FormatList && index > 0 &&
                         static_cast<std::size_t>(index) == list.ChildCount() + 1;
     if (!isNext || (format != FormatList && !IsValueFormat(format))) return nullptr;
-    SECSItem& child = list.AppendChild();
+    SECSItem& child = *list.AppendChild();
     child.format_ = static_cast<std::uint8_t>(format);
     return &child;
 }

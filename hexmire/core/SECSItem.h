@@ -167,7 +167,7 @@ private:
     ChildList& WritableChildren();
     Texts& WritableTexts();
     SECSItemPtr InsertChild(std::size_t position);
-    SECSItem& AppendChild();
+    const SECSItemPtr& AppendChild();
     void AdoptChild(std::size_t position, SECSItemPtr child);
     void RenumberFrom(std::size_t position) noexcept;
     void SetItemIndex(std::int32_t value) noexcept;

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <cstdint>
 #include <stdexcept>
 #include <utility>
 
@@ -19,21 +19,23 @@ constexpr const char* kSeparators = "\\/";
 constexpr std::size_t kExtensionSize = 4;
 constexpr int kKeptDays = 360;
 
-/// "hh:mm:ss.cc"; the hundredths are rounded on their own and never carried into the seconds.
+void PutTwoDigits(char* place, std::int64_t value) {
+    place[0] = static_cast<char>('0' + value / 10 % 10);
+    place[1] = static_cast<char>('0' + value % 10);
+}
+
+/// "hh:mm:ss.cc "; the hundredths are rounded on their own and never carried into the seconds.
 std::string TimeText(std::chrono::nanoseconds timeOfDay) {
     using namespace std::chrono;
     const hh_mm_ss parts(floor<milliseconds>(timeOfDay));
     const auto fraction = timeOfDay - floor<seconds>(timeOfDay);
     const auto hundredths = (fraction + milliseconds(5)) / milliseconds(10) % 100;
-    std::array<char, 32> text{};
-    std::snprintf(text.data(),
-                  text.size(),
-                  "%02d:%02d:%02d.%02d",
-                  static_cast<int>(parts.hours().count()),
-                  static_cast<int>(parts.minutes().count()),
-                  static_cast<int>(parts.seconds().count()),
-                  static_cast<int>(hundredths));
-    return text.data();
+    std::string text = "00:00:00.00 ";
+    PutTwoDigits(text.data(), parts.hours().count());
+    PutTwoDigits(text.data() + 3, parts.minutes().count());
+    PutTwoDigits(text.data() + 6, parts.seconds().count());
+    PutTwoDigits(text.data() + 9, hundredths);
+    return text;
 }
 
 /// Failures of the log are nobody's errors: they end the routine and are dropped.
@@ -52,10 +54,7 @@ void Require(bool succeeded) {
 }  // namespace
 
 CLogFile::CLogFile(IFileSystem& files, const IClock& clock, SiteRef site)
-    : files_(files),
-      clock_(clock),
-      site_(std::move(site)),
-      currentDay_(DateText(clock.Now().Date, '-')) {}
+    : files_(files), clock_(clock), site_(std::move(site)), currentDay_(clock.Now().Date) {}
 
 void CLogFile::FileName(const std::string& name) {
     RunSilently([&] {
@@ -98,26 +97,41 @@ void CLogFile::DeleteBackup(const std::string& folder) {
 }
 
 void CLogFile::PrepareFolder() {
-    const std::size_t cut = fileName_.find_last_of(kSeparators);
-    if (cut != std::string::npos) folder_ = fileName_.substr(0, cut);
     if (!folder_.empty() && !files_.IsDirectory(folder_)) {
         Require(files_.CreateDirectory(folder_));
     }
 }
 
+/// Whether the file's folder is there is not asked before each line: a line that cannot be appended
+/// tells.
+void CLogFile::AppendMakingFolder(const std::string& path, std::string_view line) {
+    if (files_.Append(path, line) || folder_.empty() || files_.IsDirectory(folder_)) return;
+    Require(files_.CreateDirectory(folder_));
+    files_.Append(path, line);
+}
+
 void CLogFile::WriteLog(std::string_view text) {
     RunSilently([&] {
         if (fileName_.empty()) return;
-        PrepareFolder();
+        const std::size_t cut = fileName_.find_last_of(kSeparators);
+        const bool hasFolder = cut != std::string::npos;
+        if (hasFolder) folder_.assign(fileName_, 0, cut);
         const ClockReading now = clock_.Now();
-        const std::string day = DateText(now.Date, '-');
-        if (day != currentDay_) {
+        // A name without a folder leaves the one before it remembered, which must be there all the
+        // same. No sweep, and no new day, while it cannot be made.
+        if (!hasFolder || now.Date != currentDay_) PrepareFolder();
+        if (now.Date != currentDay_) {
             DeleteBackup(folder_);
-            currentDay_ = day;
+            currentDay_ = now.Date;
+            dayTexts_.reset();
         }
-        std::string line = DateText(now.Date, '/') + " " + TimeText(now.TimeOfDay) + " ";
-        line.append(text).append("\r\n");
-        files_.Append(Stem() + "_" + day + ".log", line);
+        if (!dayTexts_) {
+            dayTexts_ = DayTexts{DateText(now.Date, '/') + ' ', '_' + DateText(now.Date, '-')};
+        }
+        std::string line;
+        line.reserve(dayTexts_->OfLine.size() + text.size() + 16);
+        line.append(dayTexts_->OfLine).append(TimeText(now.TimeOfDay)).append(text).append("\r\n");
+        AppendMakingFolder(Stem() + dayTexts_->OfFile + ".log", line);
     });
 }
 

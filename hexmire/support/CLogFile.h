@@ -4,6 +4,8 @@
 #include <hexmire/support/IFileSystem.h>
 #include <hexmire/support/Site.h>
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -34,12 +36,20 @@ public:
 
 private:
     void PrepareFolder();
+    void AppendMakingFolder(const std::string& path, std::string_view line);
     [[nodiscard]] std::string Stem() const;
 
     IFileSystem& files_;
     const IClock& clock_;
     SiteRef site_;
-    std::string currentDay_;
+    /// The day as lines and names of files show it.
+    struct DayTexts {
+        std::string OfLine;
+        std::string OfFile;
+    };
+
+    std::chrono::year_month_day currentDay_;
+    std::optional<DayTexts> dayTexts_;
     std::string fileName_;
     std::string folder_;
 };

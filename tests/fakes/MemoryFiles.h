@@ -13,7 +13,8 @@
 namespace hexmire::fakes {
 
 /// A file system in memory with literal paths: what was written stands in Files, keyed by the whole
-/// path as it was given. Each kind of failure can be switched on.
+/// path as it was given. Nothing is written into a folder that is not there. Each kind of failure
+/// can be switched on.
 class MemoryFiles : public IFileSystem {
 public:
     struct File {
@@ -22,6 +23,9 @@ public:
     };
 
     bool Append(const std::string& path, std::string_view bytes) override {
+        const auto cut = path.find_last_of("\\/");
+        const bool hasFolder = cut != std::string::npos && cut != 0;
+        if (hasFolder && !Directories.contains(path.substr(0, cut))) return false;
         ++Appends;
         if (FailAppend) return false;
         File& file = Files[path];

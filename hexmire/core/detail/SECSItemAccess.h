@@ -38,6 +38,8 @@ public:
     static std::string_view Name(const SECSItem& item) noexcept {
         return item.texts_ == nullptr ? std::string_view() : item.texts_->Name;
     }
+    /// False when neither name nor description have been set.
+    static bool HasTexts(const SECSItem& item) noexcept { return item.texts_ != nullptr; }
     static const Variant& Value(const SECSItem& item) noexcept { return item.value_; }
     static const Variant& Raw(const SECSItem& item) noexcept { return item.raw_; }
 };
