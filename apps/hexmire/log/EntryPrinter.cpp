@@ -73,7 +73,7 @@ void EntryPrinter::Put(std::string_view bytes) {
     std::string piece = std::exchange(return_, {}).append(bytes);
     if (piece.ends_with('\r')) {
         piece.pop_back();
-        return_ = "\r";
+        return_.assign(1, '\r');
     }
     out_ << VisibleText(Utf8FromLatin1(piece), "\n\t");
 }
