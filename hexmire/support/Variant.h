@@ -284,9 +284,11 @@ private:
     explicit Variant(const Held& held) noexcept : held_(held) {}
     template <class T>
     Variant(Tag tag, const T& value) noexcept {
+        // NOLINTBEGIN(bugprone-sizeof-expression): a pointer is meant where T is one
         static_assert(std::is_trivially_copyable_v<T> && sizeof(T) <= 2 * sizeof(std::uint64_t));
         std::array<std::uint64_t, 2> words{};
-        std::memcpy(words.data(), &value, sizeof value);
+        std::memcpy(words.data(), &value, sizeof(T));
+        // NOLINTEND(bugprone-sizeof-expression)
         held_ = Held(tag, words[0], words[1]);
     }
     Variant(Tag tag, std::span<const std::uint8_t> bytes) noexcept : held_(tag, bytes) {}
@@ -307,7 +309,8 @@ private:
     template <class T>
     [[nodiscard]] T Load() const noexcept {
         T value{};
-        std::memcpy(static_cast<void*>(&value), held_.Data(), sizeof value);
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): a pointer is meant where T is one
+        std::memcpy(static_cast<void*>(&value), held_.Data(), sizeof(T));
         return value;
     }
     template <class T>

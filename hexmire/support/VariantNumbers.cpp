@@ -183,7 +183,7 @@ Variant VariantAccess::BytesOf(const Variant& value) {
             return Holding(Tag::LongBytes, new PartMemory(*memory, memory->Bytes()));
         }
     }
-    return Variant(Tag::ShortBytes, {value.held_.Data(), value.held_.Size()});
+    return {Variant::Tag::ShortBytes, {value.held_.Data(), value.held_.Size()}};
 }
 
 std::span<const std::uint8_t> VariantAccess::NumberBytes(const Variant& value,

@@ -146,8 +146,12 @@ Datum JsonPlace::ListValue(std::size_t level) const {
 }
 
 Datum JsonPlace::Value(std::int32_t format, std::size_t level) const {
+    return format == FormatList ? ListValue(level) : SingleValue(format);
+}
+
+// Apart from the lists, for what it keeps on the stack would be there once a level.
+Datum JsonPlace::SingleValue(std::int32_t format) const {
     if (format == FormatAscii) return Ascii(Text());
-    if (format == FormatList) return ListValue(level);
     const std::vector<JsonPlace> elements =
         value_.is_array() ? Elements() : std::vector<JsonPlace>{*this};
     if (elements.empty()) return {.Format = format};

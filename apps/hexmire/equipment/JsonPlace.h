@@ -47,6 +47,7 @@ public:
 
 private:
     [[nodiscard]] Datum ListValue(std::size_t level) const;
+    [[nodiscard]] Datum SingleValue(std::int32_t format) const;
 
     const nlohmann::ordered_json& value_;
     std::string place_;
