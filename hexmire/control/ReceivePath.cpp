@@ -108,12 +108,18 @@ void Control::DispatchPrimary(const MessageHeader& header, const SECSMessagePtr&
 
 SECSTransPtr Control::WaitingFor(const MessageHeader& header) const {
     if (transInUse_ == nullptr) throw Fault(FaultNumber::ObjectNotSet);
-    for (const SECSTransPtr& entry : *SECSDictionaryAccess::AllItems(*transInUse_)) {
+    const auto fits = [&](const SECSTransPtr& entry) {
         const SECSMessagePtr secondary = entry->Secondary();
-        if (secondary->Stream() == header.Stream && secondary->Func() == header.Function &&
-            (!settings_.SystemBytesCheck || entry->SystemBytes() == header.SystemBytes)) {
-            return entry;
-        }
+        return secondary->Stream() == header.Stream && secondary->Func() == header.Function &&
+               (!settings_.SystemBytesCheck || entry->SystemBytes() == header.SystemBytes);
+    };
+    if (settings_.SystemBytesCheck) {
+        const auto known =
+            SECSDictionaryAccess::OneWithSystemBytes(*transInUse_, header.SystemBytes);
+        if (known) return *known != nullptr && fits(*known) ? *known : nullptr;
+    }
+    for (const SECSTransPtr& entry : *SECSDictionaryAccess::AllItems(*transInUse_)) {
+        if (fits(entry)) return entry;
     }
     return nullptr;
 }

@@ -33,32 +33,48 @@ void Control::MarkT3(const char* routine, const std::string& hex, bool start) {
     });
 }
 
+/// Whether the message that has gone out, or the reply that comes, is this entry's.
+bool Control::MarkEntry(SECSTrans& entry, const MessageHeader& header, bool start) {
+    const SECSMessagePtr message = start ? entry.Primary() : entry.Secondary();
+    if (message == nullptr) throw Fault(FaultNumber::ObjectNotSet);
+    if (message->Stream() != header.Stream || message->Func() != header.Function) return false;
+    SECSTransAccess::T3Start(entry, start);
+    return true;
+}
+
 void Control::SearchTable(const MessageHeader& header, bool start) {
+    if (log_ == nullptr) return SearchSilently(header, start);
     const std::string label = start ? "Start T3 - " : "Cancel T3 - ";
     const std::string wanted =
         header.Name() + " SystemBytes: " + std::to_string(header.SystemBytes);
-    if (log_ != nullptr) log_->WriteLog(label + "Searching for " + wanted);
+    log_->WriteLog(label + "Searching for " + wanted);
     std::int32_t count = 0;
     for (const SECSTransPtr& entry : *SECSDictionaryAccess::AllItems(*transInUse_)) {
         ++count;
-        const bool sameSystemBytes = entry->SystemBytes() == header.SystemBytes;
-        if (log_ == nullptr && !sameSystemBytes) continue;
         const SECSMessagePtr message = start ? entry->Primary() : entry->Secondary();
         if (message == nullptr) throw Fault(FaultNumber::ObjectNotSet);
-        if (log_ != nullptr) {
-            std::string line = label;
-            line.append("TransactionInUse[").append(std::to_string(count)).append("] : S");
-            line.append(std::to_string(message->Stream())).append("F");
-            line.append(std::to_string(message->Func())).append(" SystemBytes: ");
-            log_->WriteLog(line.append(std::to_string(entry->SystemBytes())));
-        }
-        if (!sameSystemBytes || message->Stream() != header.Stream ||
-            message->Func() != header.Function) {
+        std::string line = label;
+        line.append("TransactionInUse[").append(std::to_string(count)).append("] : S");
+        line.append(std::to_string(message->Stream())).append("F");
+        line.append(std::to_string(message->Func())).append(" SystemBytes: ");
+        log_->WriteLog(line.append(std::to_string(entry->SystemBytes())));
+        if (entry->SystemBytes() != header.SystemBytes || !MarkEntry(*entry, header, start)) {
             continue;
         }
-        SECSTransAccess::T3Start(*entry, start);
-        if (log_ != nullptr) log_->WriteLog(std::string(label).append("Timer for ").append(wanted));
+        log_->WriteLog(std::string(label).append("Timer for ").append(wanted));
         return;
+    }
+}
+
+/// Nothing tells which entries were looked at.
+void Control::SearchSilently(const MessageHeader& header, bool start) {
+    const auto known = SECSDictionaryAccess::OneWithSystemBytes(*transInUse_, header.SystemBytes);
+    if (known) {
+        if (*known != nullptr) MarkEntry(**known, header, start);
+        return;
+    }
+    for (const SECSTransPtr& entry : *SECSDictionaryAccess::AllItems(*transInUse_)) {
+        if (entry->SystemBytes() == header.SystemBytes && MarkEntry(*entry, header, start)) return;
     }
 }
 

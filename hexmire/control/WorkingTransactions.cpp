@@ -65,6 +65,12 @@ SECSTransPtr Control::TemplateByIndex(std::int32_t index) {
 }
 
 SECSTransPtr Control::TemplateByName(std::string_view name) {
+    const auto known = SECSDictionaryAccess::FirstWithName(*dictionary_, name);
+    if (known && *known != nullptr) return *known;
+    if (known) {
+        RaiseOwnError(kNewTransaction, 1025);
+        return nullptr;
+    }
     for (const SECSTransPtr& entry : *SECSDictionaryAccess::AllItems(*dictionary_)) {
         if (EqualsIgnoringCase(SECSTransAccess::Name(*entry), name)) return entry;
     }

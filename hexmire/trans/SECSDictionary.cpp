@@ -2,6 +2,7 @@
 #include <hexmire/support/Reporting.h>
 #include <hexmire/support/detail/ObjectMaker.h>
 #include <hexmire/trans/SECSDictionary.h>
+#include <hexmire/trans/detail/EntryIndex.h>
 #include <hexmire/trans/detail/SECSDictionaryAccess.h>
 #include <hexmire/trans/detail/SECSTransAccess.h>
 
@@ -17,7 +18,9 @@ constexpr RoutineName Routine(const char* name) { return {"SECSDictionary", name
 }  // namespace
 
 SECSDictionary::SECSDictionary(PassKey /*key*/, SiteRef site)
-    : items_(std::make_shared<Entries>()), site_(std::move(site)) {}
+    : items_(std::make_shared<Entries>()),
+      index_(std::make_unique<detail::EntryIndex>()),
+      site_(std::move(site)) {}
 
 SECSDictionary::~SECSDictionary() = default;
 
@@ -65,6 +68,13 @@ SECSTransPtr SECSDictionary::FindTrans(const Variant& value) const {
     switch (value.Kind()) {
         case VariantKind::String: {
             if (value.Text().empty()) return nullptr;
+            if (const auto known = index_->WithName(*this, *items_, value.Text()); known) {
+                if (known->Count == 0) return fail(1025);
+                if (detail::SECSTransAccess::Name(*known->First) == value.Text()) {
+                    return known->First->shared_from_this();
+                }
+                if (known->Count == 1) return fail(1025);
+            }
             const auto found =
                 std::find_if(items_->begin(), items_->end(), [&](const SECSTransPtr& entry) {
                     return detail::SECSTransAccess::Name(*entry) == value.Text();
@@ -96,7 +106,13 @@ SECSTransPtr SECSDictionary::AddNewTrans(std::int32_t index) {
         }
         const auto position = static_cast<std::size_t>(index) - 1;
         Entries& entries = WritableItems();
+        const bool isLast = position == entries.size();
         entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(position), trans);
+        if (isLast) {
+            index_->Appended(*trans);
+        } else {
+            index_->Forget();
+        }
         // Every change leaves the entries numbered, so those in front still are.
         RenumberFrom(position);
         detail::SECSTransAccess::Parent(*trans, shared_from_this());
@@ -120,6 +136,7 @@ namespace detail {
 
 void SECSDictionaryAccess::Add(SECSDictionary& dictionary, const SECSTransPtr& entry) {
     dictionary.WritableItems().push_back(entry);
+    dictionary.index_->Appended(*entry);
 }
 
 void SECSDictionaryAccess::Remove(SECSDictionary& dictionary, std::int32_t position) {
@@ -127,10 +144,13 @@ void SECSDictionaryAccess::Remove(SECSDictionary& dictionary, std::int32_t posit
         throw Fault(FaultNumber::SubscriptOutOfRange);
     }
     auto& entries = dictionary.WritableItems();
-    entries.erase(entries.begin() + (position - 1));
+    const auto place = entries.begin() + (position - 1);
+    dictionary.index_->Removed(**place);
+    entries.erase(place);
 }
 
 void SECSDictionaryAccess::TearDown(SECSDictionary& dictionary) noexcept {
+    dictionary.index_->Forget();
     RunRoutine(dictionary.site_, Routine("TearDown"), [&] {
         if (dictionary.items_.use_count() > 1) {
             dictionary.items_ = std::make_shared<SECSDictionary::Entries>();
@@ -139,6 +159,25 @@ void SECSDictionaryAccess::TearDown(SECSDictionary& dictionary) noexcept {
             const auto released = std::exchange(*dictionary.items_, {});
         }
     });
+}
+
+void SECSDictionaryAccess::KeyChanges(SECSDictionary& dictionary) noexcept {
+    dictionary.index_->Forget();
+}
+
+std::optional<SECSTransPtr> SECSDictionaryAccess::OneWithSystemBytes(SECSDictionary& dictionary,
+                                                                     std::int32_t systemBytes) {
+    const auto found =
+        dictionary.index_->WithSystemBytes(dictionary, *dictionary.items_, systemBytes);
+    if (!found || found->Count > 1) return std::nullopt;
+    return found->Count == 0 ? nullptr : found->First->shared_from_this();
+}
+
+std::optional<SECSTransPtr> SECSDictionaryAccess::FirstWithName(SECSDictionary& dictionary,
+                                                                std::string_view name) {
+    const auto found = dictionary.index_->WithName(dictionary, *dictionary.items_, name);
+    if (!found) return std::nullopt;
+    return found->Count == 0 ? nullptr : found->First->shared_from_this();
 }
 
 }  // namespace detail

@@ -12,8 +12,9 @@
 namespace hexmire {
 
 namespace detail {
+class EntryIndex;
 class SECSDictionaryAccess;
-}
+}  // namespace detail
 
 /// An ordered collection of transactions: the control's templates, and its table of transactions in
 /// use. Positions are 1-based; names are no keys, several entries may share one. Single-threaded;
@@ -65,6 +66,7 @@ private:
 
     // Walkers share the entries; whoever changes them while they are shared changes a copy.
     std::shared_ptr<Entries> items_;
+    std::unique_ptr<detail::EntryIndex> index_;
     std::string description_ = "Default Dictionary";
     SiteRef site_;
 };

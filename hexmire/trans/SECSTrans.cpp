@@ -63,7 +63,15 @@ std::string SECSTrans::Name() const {
 }
 
 void SECSTrans::Name(std::string_view value) {
+    TellKeyChange();
     RunRoutine(site_, Routine("Let Name"), [&] { name_ = value; });
+}
+
+/// A collection may have its own way to entries by name and by system bytes.
+void SECSTrans::TellKeyChange() const noexcept {
+    if (const SECSDictionaryPtr parent = parent_.lock(); parent != nullptr) {
+        detail::SECSDictionaryAccess::KeyChanges(*parent);
+    }
 }
 
 void SECSTrans::DeviceID(std::int32_t value) {

@@ -84,6 +84,8 @@ public:
 private:
     friend class detail::SECSTransAccess;
 
+    void TellKeyChange() const noexcept;
+
     SECSMessagePtr primary_;
     SECSMessagePtr secondary_;
     std::weak_ptr<SECSDictionary> parent_;

@@ -126,6 +126,8 @@ private:
 
     void MarkT3(const char* routine, const std::string& hex, bool start);
     void SearchTable(const MessageHeader& header, bool start);
+    void SearchSilently(const MessageHeader& header, bool start);
+    static bool MarkEntry(SECSTrans& entry, const MessageHeader& header, bool start);
     void TimerCheck_Timer();
     void Receive(const std::string& headerHex, const std::string& bodyHex, std::int32_t bodyLength);
     void DispatchPrimary(const MessageHeader& header, const SECSMessagePtr& message);

@@ -21,9 +21,11 @@ public:
         return trans.parent_.lock();
     }
     static void Parent(SECSTrans& trans, const std::shared_ptr<SECSDictionary>& parent) noexcept {
+        trans.TellKeyChange();
         trans.parent_ = parent;
     }
     static void SystemBytes(SECSTrans& trans, std::int32_t value) noexcept {
+        trans.TellKeyChange();
         trans.systemBytes_ = value;
     }
 
