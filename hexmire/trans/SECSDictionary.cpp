@@ -139,14 +139,16 @@ void SECSDictionaryAccess::Add(SECSDictionary& dictionary, const SECSTransPtr& e
     dictionary.index_->Appended(*entry);
 }
 
-void SECSDictionaryAccess::Remove(SECSDictionary& dictionary, std::int32_t position) {
+SECSTransPtr SECSDictionaryAccess::Remove(SECSDictionary& dictionary, std::int32_t position) {
     if (position < 1 || position > dictionary.TransCount()) {
         throw Fault(FaultNumber::SubscriptOutOfRange);
     }
     auto& entries = dictionary.WritableItems();
     const auto place = entries.begin() + (position - 1);
-    dictionary.index_->Removed(**place);
+    SECSTransPtr removed = *place;
+    dictionary.index_->Removed(*removed);
     entries.erase(place);
+    return removed;
 }
 
 void SECSDictionaryAccess::TearDown(SECSDictionary& dictionary) noexcept {

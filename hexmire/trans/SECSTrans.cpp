@@ -95,7 +95,9 @@ Variant SECSTrans::Delete() {
         }
         const SECSTransPtr self =
             shared_from_this();  // The collection may hold the last reference.
-        detail::SECSDictionaryAccess::Remove(*parent, index_);
+        const SECSTransPtr removed = detail::SECSDictionaryAccess::Remove(*parent, index_);
+        // Another one had its place: this one stays, and tells the collection nothing any more.
+        if (removed != self) detail::SECSDictionaryAccess::KeyChanges(*parent);
         detail::SECSDictionaryAccess::Renumber(*parent);
         parent_.reset();
     });

@@ -93,8 +93,20 @@ private:
     /// An entry that does not know its collection tells it nothing any more.
     void LoseParent(const SECSTransPtr& entry) {
         if (Below(20) != 0) return;
-        detail::SECSTransAccess::Parent(*entry, nullptr);
+        if (Below(2) == 0) {
+            detail::SECSTransAccess::Parent(*entry, nullptr);
+        } else {
+            // Another one goes in its place, and it stays without a parent.
+            const std::int32_t index = detail::SECSTransAccess::StoredIndex(*entry);
+            detail::SECSTransAccess::Index(*entry, index == 1 ? table_->TransCount() : index - 1);
+            if (detail::SECSTransAccess::Parent(*entry) == nullptr)
+                return RestoreIndex(*entry, index);
+            entry->Delete();
+        }
         Fill(entry);
+    }
+    static void RestoreIndex(SECSTrans& entry, std::int32_t index) {
+        detail::SECSTransAccess::Index(entry, index);
     }
     void ShrinkByOne() {
         const SECSTransPtr entry = Any();

@@ -20,8 +20,8 @@ public:
     }
     /// Adds an entry behind the last one; neither Index nor Parent of the entry is set.
     static void Add(SECSDictionary& dictionary, const std::shared_ptr<SECSTrans>& entry);
-    /// Removes the entry at a 1-based position; fault 9 outside.
-    static void Remove(SECSDictionary& dictionary, std::int32_t position);
+    /// Removes and returns the entry at a 1-based position; fault 9 outside.
+    static std::shared_ptr<SECSTrans> Remove(SECSDictionary& dictionary, std::int32_t position);
     /// Sets the Index of every entry to its position.
     static void Renumber(SECSDictionary& dictionary) noexcept { dictionary.RenumberFrom(0); }
     /// An entry's name or system bytes are about to change, or the collection that it belongs to.
