@@ -57,6 +57,31 @@ void AddPeer(CLI::App& program,
     command->callback([&options] { RunPeer(options); });
 }
 
+/// Reads the command line, runs its command and turns what went wrong into a message and a status.
+int Perform(CLI::App& program, int argc, const char* const* argv) {
+    try {
+        program.parse(argc, argv);
+        return Written(0);
+    } catch (const CLI::Success& asked) {
+        return Written(program.exit(asked));  // Help and version.
+    } catch (const CLI::RequiredError& error) {
+        const auto unknown = program.remaining();
+        const std::string reason =
+            unknown.empty() ? error.what() : "unknown command '" + unknown.front() + "'";
+        return Report(reason + " (see hexmire --help)", kNotUnderstood);
+    } catch (const CLI::ParseError& error) {
+        return Report(std::string(error.what()) + " (see hexmire --help)", kNotUnderstood);
+    } catch (const UsageError& error) {
+        return Report(error.what(), kNotUnderstood);
+    } catch (const Told&) {
+        return kFailed;
+    } catch (const std::bad_alloc&) {
+        return Report("out of memory", kFailed);
+    } catch (const std::exception& error) {
+        return Report(error.what(), kFailed);
+    }
+}
+
 }  // namespace
 
 int Run(int argc, const char* const* argv) {
@@ -101,27 +126,7 @@ int Run(int argc, const char* const* argv) {
 
     program.add_subcommand("version", "Print the version")->callback(&PrintVersion);
 
-    try {
-        program.parse(argc, argv);
-        return Written(0);
-    } catch (const CLI::Success& asked) {
-        return Written(program.exit(asked));  // Help and version.
-    } catch (const CLI::RequiredError& error) {
-        const auto unknown = program.remaining();
-        const std::string reason =
-            unknown.empty() ? error.what() : "unknown command '" + unknown.front() + "'";
-        return Report(reason + " (see hexmire --help)", kNotUnderstood);
-    } catch (const CLI::ParseError& error) {
-        return Report(std::string(error.what()) + " (see hexmire --help)", kNotUnderstood);
-    } catch (const UsageError& error) {
-        return Report(error.what(), kNotUnderstood);
-    } catch (const Told&) {
-        return kFailed;
-    } catch (const std::bad_alloc&) {
-        return Report("out of memory", kFailed);
-    } catch (const std::exception& error) {
-        return Report(error.what(), kFailed);
-    }
+    return Perform(program, argc, argv);
 }
 
 }  // namespace hexmire::program
