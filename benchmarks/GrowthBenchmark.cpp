@@ -208,12 +208,12 @@ void LoadTemplates(benchmark::State& state) {
     std::ofstream file(path);
     file << "<SECSDictionary>\n";
     for (std::int64_t i = 1; i <= state.range(0); ++i) {
-        file << "<Trans Name=\"T" << i << "\" Desc=\"\">";
+        file << R"(<Trans Name="T)" << i << R"(" Desc="">)";
         for (const int function : {1, 2}) {
             const char* const role = function == 1 ? "Primary" : "Secondary";
-            file << "<" << role << " Stream=\"1\" Func=\"" << function
-                 << "\" Name=\"\" Desc=\"\"><Root><Item Name=\"V\" Desc=\"\" Format=\"U4\" "
-                    "IsArray=\"NO\" Value=\"\"/></Root></"
+            file << "<" << role << R"( Stream="1" Func=")" << function
+                 << R"(" Name="" Desc=""><Root><Item Name="V" Desc="" Format="U4" )"
+                    R"(IsArray="NO" Value=""/></Root></)"
                  << role << ">";
         }
         file << "</Trans>\n";

@@ -129,6 +129,7 @@ Node* Build(const std::uint8_t*& next) {
     node->Format = header.Format;
     node->Count = header.Length;
     if (header.Format == kList) {
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): an array of pointers
         node->Children = static_cast<Node**>(Allocate(header.Length * sizeof(Node*)));
         for (std::uint32_t i = 0; i < header.Length; ++i)
             node->Children[i] = Build(next);

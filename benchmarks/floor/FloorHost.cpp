@@ -86,7 +86,7 @@ void RaceStart(std::uint16_t port) {
 
 void RaceIdleLinks(std::uint16_t port, std::uint16_t links) {
     const std::vector<PlainHost> hosts = Hosts(port, links);
-    std::puts("{\"event\": \"ready\"}");
+    std::puts(R"({"event": "ready"})");
     std::fflush(stdout);
     while (std::getchar() != EOF) {
     }

@@ -58,8 +58,7 @@ bool Run(const std::vector<std::string>& words) {
     } else if (is("links", 3)) {
         RaceBusyLinks(Short(words[1]), Short(words[2]), std::stod(words[3]));
     } else if (is("version", 0)) {
-        std::puts(
-            "{\"name\": \"floor\", \"version\": \"\", \"runtime\": \"blocking sockets, malloc\"}");
+        std::puts(R"({"name": "floor", "version": "", "runtime": "blocking sockets, malloc"})");
     } else {
         return false;
     }

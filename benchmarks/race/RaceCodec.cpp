@@ -37,7 +37,8 @@ void RaceCodec(const std::string& dataDirectory) {
         const SECSMessagePtr ready = New<SECSMessage>();
         workload.Build(ready->Root());
         const std::string difference = Difference(bytes, EncodeBody(*ready));
-        if (!difference.empty()) throw std::runtime_error(name + ": " + difference);
+        if (!difference.empty())
+            throw std::runtime_error(std::string(name).append(": ").append(difference));
 
         const auto measure = [&](const char* what, auto function) {
             figures.Add(name + "_" + what, NanosecondsOf(function));

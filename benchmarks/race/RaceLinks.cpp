@@ -140,7 +140,7 @@ void RaceEndurance(std::uint16_t port, std::int64_t count, const RaceSettings& s
 
 void RaceIdleLinks(std::uint16_t port, std::uint16_t links, const RaceSettings& settings) {
     Hosts hosts(port, links, "a", settings);
-    std::puts("{\"event\": \"ready\"}");
+    std::puts(R"({"event": "ready"})");
     std::fflush(stdout);
     std::thread input([&loop = hosts.Loop()] {
         while (std::getchar() != EOF) {
