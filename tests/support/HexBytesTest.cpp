@@ -78,6 +78,88 @@ TEST(HexText, NeverReadsBehindTheText) {
     }
 }
 
+/// Each digit by itself.
+std::string PlainText(const Bytes& bytes) {
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        text += HexDigit(byte >> 4U);
+        text += HexDigit(byte);
+        text += ' ';
+    }
+    return text;
+}
+
+Bytes Counted(std::size_t count, unsigned step) {
+    Bytes bytes(count);
+    for (std::size_t index = 0; index < count; ++index)
+        bytes[index] = static_cast<std::uint8_t>(index * step);
+    return bytes;
+}
+
+TEST(HexText, AnyLengthIsWrittenByteForByteAndReadsBack) {
+    for (std::size_t count = 0; count <= 1'100; count += count < 80 ? 1 : 13) {
+        const Bytes bytes = Counted(count, 37);
+        std::string text = "begin";
+        AppendHexText(text, bytes);
+        ASSERT_EQ(text, "begin" + PlainText(bytes)) << count;
+        Bytes read(count + 1, 0xEE);
+        ASSERT_TRUE(ReadHexText(std::string_view(text).substr(5), count, read.data())) << count;
+        ASSERT_EQ(read.back(), 0xEE) << "written behind the end of " << count;
+        read.pop_back();
+        ASSERT_EQ(read, bytes) << count;
+    }
+}
+
+TEST(HexText, LongTextsAreReadInEitherCaseAndWithAnySeparator) {
+    for (int separator = 0; separator < 256; ++separator) {
+        const Bytes bytes = Counted(64, 91);
+        std::string text = PlainText(bytes);
+        for (std::size_t place = 0; place < text.size(); ++place) {
+            if (place % 3 == 2) {
+                text[place] = static_cast<char>(separator);
+            } else if (place % 2 == 0 && text[place] >= 'A') {
+                text[place] = static_cast<char>(text[place] + 'a' - 'A');
+            }
+        }
+        Bytes read(64);
+        ASSERT_TRUE(ReadHexText(text, 64, read.data())) << separator;
+        ASSERT_EQ(read, bytes) << separator;
+    }
+}
+
+TEST(HexText, WhatIsNoDigitIsRefusedWhereverItStands) {
+    const Bytes bytes = Counted(50, 23);
+    const std::string good = PlainText(bytes);
+    for (std::size_t place = 0; place < good.size(); ++place) {
+        if (place % 3 == 2) continue;
+        for (int code = 0; code < 256; ++code) {
+            const char character = static_cast<char>(code);
+            if (HexDigitValue(character) >= 0) continue;
+            std::string text = good;
+            text[place] = character;
+            Bytes read(50, 0xEE);
+            ASSERT_FALSE(ReadHexText(text, 50, read.data())) << place << ": " << code;
+            for (std::size_t index = 0; index < 50; ++index)
+                ASSERT_EQ(read[index], index < place / 3 ? bytes[index] : 0xEE)
+                    << place << ": " << code;
+        }
+    }
+}
+
+TEST(HexText, NeverReadsBehindALongText) {
+    for (const std::size_t count : {16U, 17U, 32U, 33U, 48U, 49U, 160U}) {
+        for (const std::size_t missing : {1U, 2U, 3U}) {
+            const std::string whole = PlainText(Counted(count, 7));
+            const std::size_t size = whole.size() - missing;
+            const auto exact = std::make_unique<char[]>(size);
+            std::copy_n(whole.data(), size, exact.get());
+            Bytes read(count);
+            EXPECT_EQ(ReadHexText({exact.get(), size}, count, read.data()), missing == 1)
+                << count << " - " << missing;
+        }
+    }
+}
+
 TEST(HexDigits, ValuesOfAllCharacters) {
     for (int code = 0; code < 256; ++code) {
         const std::size_t at =
