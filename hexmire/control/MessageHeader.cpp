@@ -16,6 +16,11 @@ Control::MessageHeader::MessageHeader(const std::string& hex) {
 }
 
 void Control::MessageHeader::ReadSystemBytes() {
+    constexpr std::uint8_t kTopBit = 0x80;
+    if (Bytes[6] < kTopBit) {
+        SystemBytes = Bytes[6] << 24 | Bytes[7] << 16 | Bytes[8] << 8 | Bytes[9];
+        return;
+    }
     for (std::size_t place = 6; place <= 9; ++place) {
         SystemBytes = ModGeneral::lLBitShift(SystemBytes, 8) | Bytes[place];
     }

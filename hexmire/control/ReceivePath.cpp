@@ -8,6 +8,8 @@
 #include <hexmire/trans/detail/SECSDictionaryAccess.h>
 #include <hexmire/trans/detail/SECSTransAccess.h>
 
+#include <array>
+#include <span>
 #include <vector>
 
 /// Decoding and dispatch of received messages.
@@ -51,7 +53,10 @@ void Control::Receive(const std::string& headerHex,
         log_->WriteLog("SECS I HEADER Received : " +
                        ModGeneral::HexDumpArray(Variant::Bytes(header.Bytes)));
     }
-    std::vector<std::uint8_t> body;
+    // Most bodies are short: they need no memory of their own.
+    std::array<std::uint8_t, 512> shortBody;  // NOLINT(*-member-init): written before it is read
+    std::vector<std::uint8_t> longBody;
+    std::span<std::uint8_t> body;
     if (bodyLength >= 1) {
         const auto count = static_cast<std::size_t>(bodyLength);
         if (bodyHex.empty()) {
@@ -62,7 +67,8 @@ void Control::Receive(const std::string& headerHex,
             RaiseOwnError(kMessageReceive, 2017);
             return;
         }
-        body.resize(count);
+        if (count > shortBody.size()) longBody.resize(count);
+        body = longBody.empty() ? std::span(shortBody).first(count) : std::span(longBody);
         if (!ReadHexText(bodyHex, count, body.data())) throw Fault(FaultNumber::TypeMismatch);
     }
     if (log_ != nullptr) {
@@ -98,10 +104,8 @@ SECSTransPtr Control::TemplateFor(const MessageHeader& header) const {
 
 void Control::DispatchPrimary(const MessageHeader& header, const SECSMessagePtr& message) {
     const SECSTransPtr found = TemplateFor(header);
-    const SECSTransPtr trans =
-        found != nullptr ? CopyOf(found) : ObjectMaker::Make<SECSTrans>(site_.Ref());
+    const SECSTransPtr trans = TransWithPrimary(found, message);
     TakeHeader(*trans, header.DeviceID, header.ReplyExpected, header.SystemBytes);
-    SECSTransAccess::Primary(*trans, message);
     Raise(events_.ReceivedPrimary, trans, 0, std::string());
     if (found == nullptr) RaiseOwnError(kMessageReceive, 2011, " - " + header.Name());
 }
@@ -109,9 +113,9 @@ void Control::DispatchPrimary(const MessageHeader& header, const SECSMessagePtr&
 SECSTransPtr Control::WaitingFor(const MessageHeader& header) const {
     if (transInUse_ == nullptr) throw Fault(FaultNumber::ObjectNotSet);
     const auto fits = [&](const SECSTransPtr& entry) {
+        if (settings_.SystemBytesCheck && entry->SystemBytes() != header.SystemBytes) return false;
         const SECSMessagePtr secondary = entry->Secondary();
-        return secondary->Stream() == header.Stream && secondary->Func() == header.Function &&
-               (!settings_.SystemBytesCheck || entry->SystemBytes() == header.SystemBytes);
+        return secondary->Stream() == header.Stream && secondary->Func() == header.Function;
     };
     if (settings_.SystemBytesCheck) {
         const auto known =
@@ -129,10 +133,8 @@ SECSTransPtr Control::WaitingFor(const MessageHeader& header) const {
 void Control::DispatchSecondary(const MessageHeader& header, const SECSMessagePtr& message) {
     const std::shared_ptr<hexmire::SECSDictionary> table = transInUse_;
     const SECSTransPtr waiting = WaitingFor(header);
-    const SECSTransPtr trans =
-        waiting != nullptr ? CopyOf(waiting) : ObjectMaker::Make<SECSTrans>(site_.Ref());
+    const SECSTransPtr trans = TransWithSecondary(waiting, message);
     TakeHeader(*trans, header.DeviceID, header.ReplyExpected, header.SystemBytes);
-    SECSTransAccess::Secondary(*trans, message);
     Raise(events_.ReceivedSecondary, trans, 0, std::string());
     if (waiting == nullptr) {
         RaiseOwnError(kMessageReceive, 2013, " - " + header.Name());

@@ -13,6 +13,8 @@ namespace {
 
 constexpr const char* kNewTransaction = "NewSECSTransaction";
 
+bool HasItems(const SECSMessage& message) { return message.Root()->ItemCount() > 0; }
+
 }  // namespace
 
 SECSTransPtr Control::NewSECSTransaction() {
@@ -27,19 +29,18 @@ SECSTransPtr Control::NewSECSTransaction() {
 SECSTransPtr Control::NewSECSTransaction(const Variant& value) {
     SECSTransPtr result;
     RunOwn(kNewTransaction, [&] {
-        RequireAlive();
-        if (dictionary_ == nullptr) throw Fault(FaultNumber::ObjectNotSet);
+        RequireTemplates();
         SECSTransPtr found;
         const VariantKind kind = value.Kind();
-        if (dictionary_->TransCount() < 1) {
+        if (kind == VariantKind::String) {
+            found = TemplateFor(value.Text());
+        } else if (dictionary_->TransCount() < 1) {
             RaiseOwnError(kNewTransaction, 1020);
         } else if (kind == VariantKind::Integer || kind == VariantKind::Long) {
             found = TemplateByIndex(kind == VariantKind::Long ? value.AsLong()
                                                               : std::int32_t{value.AsInteger()});
-        } else if (kind != VariantKind::String || TrimBlanks(value.Text()).empty()) {
-            RaiseOwnError(kNewTransaction, 1027);
         } else {
-            found = TemplateByName(value.Text());
+            RaiseOwnError(kNewTransaction, 1027);
         }
         if (found != nullptr) result = CopyOf(found);
     });
@@ -48,8 +49,28 @@ SECSTransPtr Control::NewSECSTransaction(const Variant& value) {
 
 SECSTransPtr Control::NewSECSTransaction(std::string_view name) {
     SECSTransPtr result;
-    RunOwn(kNewTransaction, [&] { result = NewSECSTransaction(Variant(name)); });
+    RunOwn(kNewTransaction, [&] {
+        RequireTemplates();
+        if (const SECSTransPtr found = TemplateFor(name); found != nullptr) result = CopyOf(found);
+    });
     return result;
+}
+
+void Control::RequireTemplates() const {
+    RequireAlive();
+    if (dictionary_ == nullptr) throw Fault(FaultNumber::ObjectNotSet);
+}
+
+SECSTransPtr Control::TemplateFor(std::string_view name) {
+    if (dictionary_->TransCount() < 1) {
+        RaiseOwnError(kNewTransaction, 1020);
+        return nullptr;
+    }
+    if (TrimBlanks(name).empty()) {
+        RaiseOwnError(kNewTransaction, 1027);
+        return nullptr;
+    }
+    return TemplateByName(name);
 }
 
 SECSTransPtr Control::TemplateByIndex(std::int32_t index) {
@@ -82,6 +103,33 @@ SECSTransPtr Control::CopyOf(const SECSTransPtr& source) const {
     SECSTransPtr copy = ObjectMaker::Make<SECSTrans>(site_.Ref());
     ModGeneral::CreateNewTrans(copy, source);
     return copy;
+}
+
+// What the received message takes the place of is copied only where it has items: copying them may
+// be an error to tell.
+
+SECSTransPtr Control::TransWithPrimary(const SECSTransPtr& source,
+                                       const SECSMessagePtr& message) const {
+    if (source != nullptr && HasItems(*source->Primary())) {
+        SECSTransPtr trans = CopyOf(source);
+        SECSTransAccess::Primary(*trans, message);
+        return trans;
+    }
+    SECSTransPtr trans = ObjectMaker::Make<SECSTrans>(site_.Ref(), message, nullptr);
+    if (source != nullptr) ModGeneral::CreateNewTrans(trans, source, message.get());
+    return trans;
+}
+
+SECSTransPtr Control::TransWithSecondary(const SECSTransPtr& source,
+                                         const SECSMessagePtr& message) const {
+    if (source != nullptr && HasItems(*source->Secondary())) {
+        SECSTransPtr trans = CopyOf(source);
+        SECSTransAccess::Secondary(*trans, message);
+        return trans;
+    }
+    SECSTransPtr trans = ObjectMaker::Make<SECSTrans>(site_.Ref(), nullptr, message);
+    if (source != nullptr) ModGeneral::CreateNewTrans(trans, source, message.get());
+    return trans;
 }
 
 }  // namespace hexmire::detail

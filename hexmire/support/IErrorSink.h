@@ -8,6 +8,14 @@ namespace hexmire {
 /// Where errors of the object model go: the control. Single-threaded; call from the loop thread.
 class IErrorSink {
 public:
+    /// What objects may ask of a sink beyond errors. It stands in for a search through the classes
+    /// that it is of, which costs more than what is asked.
+    enum class Service : std::uint8_t {
+        Errors,
+        Transactions,  ///< it is an ITransSite
+    };
+    [[nodiscard]] virtual Service Serves() const noexcept { return Service::Errors; }
+
     /// Raises the control's `Error` event with the three values unchanged, then stores the code as
     /// its last error. Never throws.
     virtual void TriggerError(std::int32_t errorCode,

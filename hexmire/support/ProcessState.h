@@ -12,7 +12,6 @@ namespace hexmire::detail {
 struct ProcessState {
     std::int32_t SystemBytesCounter = 0;
     std::vector<SiteCell*> PublishedSites;  // In the order of publication; the last one serves.
-    const SiteScope* CurrentScope = nullptr;
 };
 
 [[nodiscard]] ProcessState& State() noexcept;

@@ -27,19 +27,10 @@ SiteRef LastPublishedSite() noexcept {
     return SiteRef(published.back());
 }
 
-SiteRef ServingSite(const SiteRef& site) noexcept {
-    return site.HasMaker() ? site : LastPublishedSite();
-}
-
-SiteScope::SiteScope(const SiteRef& site) noexcept
-    : site_(ServingSite(site)), outer_(detail::State().CurrentScope) {
-    detail::State().CurrentScope = this;
-}
-
-SiteScope::~SiteScope() { detail::State().CurrentScope = outer_; }
+constinit const SiteScope* detail::CurrentScope = nullptr;
 
 SiteRef CurrentSite() noexcept {
-    const SiteScope* scope = detail::State().CurrentScope;
+    const SiteScope* scope = detail::CurrentScope;
     return scope == nullptr ? LastPublishedSite() : scope->Site();
 }
 

@@ -73,16 +73,26 @@ private:
 /// The control that serves objects without a maker: published last and still alive; or none.
 [[nodiscard]] SiteRef LastPublishedSite() noexcept;
 /// The maker behind a handle, or for an object without one the control published last.
-[[nodiscard]] SiteRef ServingSite(const SiteRef& site) noexcept;
+[[nodiscard]] inline SiteRef ServingSite(const SiteRef& site) noexcept {
+    return site.HasMaker() ? site : LastPublishedSite();
+}
+
+class SiteScope;
+
+namespace detail {
+/// The innermost scope. A plain variable: nearly every routine opens a scope.
+extern constinit const SiteScope* CurrentScope;
+}  // namespace detail
 
 /// While it lives, the control behind the handle is the current one: free routines report to it.
 /// Scopes nest; they are for the stack only.
 class SiteScope {
 public:
-    explicit SiteScope(const SiteRef& site) noexcept;
+    explicit SiteScope(const SiteRef& site) noexcept
+        : site_(ServingSite(site)), outer_(std::exchange(detail::CurrentScope, this)) {}
     SiteScope(const SiteScope&) = delete;
     SiteScope& operator=(const SiteScope&) = delete;
-    ~SiteScope();
+    ~SiteScope() { detail::CurrentScope = outer_; }
 
     /// The control that serves the running routine; an ended one has no sink.
     [[nodiscard]] const SiteRef& Site() const noexcept { return site_; }

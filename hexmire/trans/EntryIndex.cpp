@@ -9,8 +9,10 @@ namespace hexmire::detail {
 
 namespace {
 
-/// Shorter collections are walked faster than a key is hashed.
-constexpr std::size_t kShortest = 32;
+/// Shorter collections are walked faster than a name is hashed, or than an index of numbers
+/// follows what comes and goes.
+constexpr std::size_t kShortestByName = 32;
+constexpr std::size_t kShortestBySystemBytes = 64;
 /// A walk costs about an eighth of what making the index costs for as many entries.
 constexpr std::size_t kWalksBefore = 8;
 
@@ -44,7 +46,6 @@ std::optional<EntryIndex::Found> EntryIndex::Find(Keys<Key>& keys,
                                                   const Entries& entries,
                                                   const Key& key,
                                                   KeyOf keyOf) {
-    if (entries.size() < kShortest) return std::nullopt;
     if (!keys.Map) {
         if (++keys.Walks < kWalksBefore) return std::nullopt;
         keys.Walks = 0;
@@ -67,6 +68,7 @@ std::optional<EntryIndex::Found> EntryIndex::WithSystemBytes(const SECSDictionar
                                                              const Entries& entries,
                                                              std::int32_t systemBytes) noexcept {
     try {
+        if (entries.size() < kShortestBySystemBytes) return std::nullopt;
         return Find(systemBytes_, owner, entries, systemBytes, &SystemBytesOf);
     } catch (...) {
         Forget();  // no memory: the entries are walked
@@ -78,7 +80,7 @@ std::optional<EntryIndex::Found> EntryIndex::WithName(const SECSDictionary& owne
                                                       const Entries& entries,
                                                       std::string_view name) noexcept {
     try {
-        if (entries.size() < kShortest) return std::nullopt;
+        if (entries.size() < kShortestByName) return std::nullopt;
         return Find(names_, owner, entries, UpperCase(name), &NameOf);
     } catch (...) {
         Forget();  // no memory: the entries are walked

@@ -13,6 +13,8 @@ class SECSDictionary;
 /// What transactions need of the control that made them.
 class ITransSite : public IMessageSite {
 public:
+    [[nodiscard]] Service Serves() const noexcept final { return Service::Transactions; }
+
     /// The transport driver; none after the control's teardown.
     [[nodiscard]] virtual std::shared_ptr<SECSIService> Driver() noexcept = 0;
     [[nodiscard]] virtual std::int32_t DeviceID() const noexcept = 0;

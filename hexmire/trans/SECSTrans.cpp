@@ -15,16 +15,26 @@ namespace hexmire {
 namespace {
 
 constexpr std::int32_t kLargestDeviceId = 32767;
+constexpr std::int32_t kFuncOfReply = 2;   // A new primary has function 1.
 constexpr std::int32_t kWaitingLimit = 4;  // Times T3, for an entry whose timer never started.
 
 constexpr RoutineName Routine(const char* name) { return {"SECSTrans", name}; }
 
 }  // namespace
 
-SECSTrans::SECSTrans(PassKey /*key*/, SiteRef site) : site_(std::move(site)) {
-    primary_ = detail::ObjectMaker::Make<SECSMessage>(site_);
-    secondary_ = detail::ObjectMaker::Make<SECSMessage>(site_);
-    secondary_->Func(primary_->Func() + 1);
+SECSTrans::SECSTrans(PassKey key, SiteRef site)
+    : SECSTrans(key, std::move(site), nullptr, nullptr) {}
+
+SECSTrans::SECSTrans(PassKey /*key*/,
+                     SiteRef site,
+                     SECSMessagePtr primary,
+                     SECSMessagePtr secondary)
+    : primary_(std::move(primary)), secondary_(std::move(secondary)), site_(std::move(site)) {
+    if (primary_ == nullptr) primary_ = detail::ObjectMaker::Make<SECSMessage>(site_);
+    if (secondary_ == nullptr) {
+        secondary_ = detail::ObjectMaker::Make<SECSMessage>(site_);
+        secondary_->Func(kFuncOfReply);
+    }
     RunRoutine(site_, Routine("Class_Initialize"), [&] {
         const SiteScope scope(site_);
         const ITransSite& control = detail::RequireTransSite(scope);

@@ -26,6 +26,8 @@ class SECSTransAccess;
 class SECSTrans : public std::enable_shared_from_this<SECSTrans> {
 public:
     SECSTrans(PassKey key, SiteRef site);
+    /// One that has a message already; the other one, or both, is made.
+    SECSTrans(PassKey key, SiteRef site, SECSMessagePtr primary, SECSMessagePtr secondary);
     SECSTrans(const SECSTrans&) = delete;
     SECSTrans& operator=(const SECSTrans&) = delete;
     ~SECSTrans();

@@ -26,6 +26,9 @@ constexpr std::int32_t kLargestSystemBytes = 900000000;
 
 std::uint8_t LowByte(std::int32_t value) { return static_cast<std::uint8_t>(value & 0xFF); }
 
+/// A shift to the right by 8 as whole numbers are shifted here: by division.
+std::int32_t WithoutLowByte(std::int32_t value) { return value / 256; }
+
 std::int32_t NextSystemBytes() {
     std::int32_t& counter = detail::State().SystemBytesCounter;
     ++counter;
@@ -39,7 +42,7 @@ HeaderBytes MakeHeader(const ITransSite& control,
                        bool replyBit) {
     HeaderBytes header{};
     header[1] = LowByte(trans.DeviceID());
-    header[0] = LowByte(ModGeneral::lRBitShift(trans.DeviceID(), 8));
+    header[0] = LowByte(WithoutLowByte(trans.DeviceID()));
     // HSMS has no R-bit; the single-session form follows the role all the same, and the driver
     // takes it off the wire.
     if (control.ConnectionPortType() != kPortTypeHsms && !control.ConnectionHost()) {
@@ -55,7 +58,7 @@ HeaderBytes MakeHeader(const ITransSite& control,
     std::int32_t rest = trans.SystemBytes();
     for (std::size_t place = 9; place >= 6; --place) {
         header[place] = LowByte(rest);
-        rest = ModGeneral::lRBitShift(rest, 8);
+        rest = WithoutLowByte(rest);
     }
     return header;
 }

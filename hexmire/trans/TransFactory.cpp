@@ -5,6 +5,9 @@
 #include <hexmire/trans/detail/SECSTransAccess.h>
 #include <hexmire/trans/detail/TransSite.h>
 
+#include <string>
+#include <utility>
+
 namespace hexmire::ModGeneral {
 
 namespace {
@@ -15,13 +18,17 @@ using MessageAccess = detail::SECSMessageAccess;
 }  // namespace
 
 void CreateNewTrans(const SECSTransPtr& target, const SECSTransPtr& source) {
+    CreateNewTrans(target, source, nullptr);
+}
+
+void CreateNewTrans(const SECSTransPtr& target,
+                    const SECSTransPtr& source,
+                    const SECSMessage* kept) {
     const SiteScope scope(target == nullptr ? SiteRef() : Access::Site(*target));
     RunFreeRoutine({"ModGeneral", "CreateNewTrans"}, [&] {
         if (target == nullptr || source == nullptr) throw Fault(FaultNumber::ObjectNotSet);
         Access::Parent(*target, nullptr);
-        if (!source->ActionOnError().IsEmpty()) target->ActionOnError(source->ActionOnError());
-        if (!source->ActionOnSuccess().IsEmpty())
-            target->ActionOnSuccess(source->ActionOnSuccess());
+        Access::CopySlots(*target, *source);
         target->AutoSystemBytes(source->AutoSystemBytes());
         if (!Access::Description(*source).empty())
             target->Description(Access::Description(*source));
@@ -29,9 +36,11 @@ void CreateNewTrans(const SECSTransPtr& target, const SECSTransPtr& source) {
         target->Name(Access::Name(*source));
         target->ReplyExpected(source->ReplyExpected());
         Access::SystemBytes(*target, source->SystemBytes());
-        if (!source->Tag().IsEmpty()) target->Tag(source->Tag());
-        CreateSECSMessage(target->Primary(), source->Primary());
-        CreateSECSMessage(target->Secondary(), source->Secondary());
+        const auto copy = [kept](const SECSMessagePtr& to, const SECSMessagePtr& from) {
+            if (kept == nullptr || to.get() != kept) CreateSECSMessage(to, from);
+        };
+        copy(target->Primary(), source->Primary());
+        copy(target->Secondary(), source->Secondary());
     });
 }
 
@@ -39,11 +48,12 @@ void CreateSECSMessage(const SECSMessagePtr& target, const SECSMessagePtr& sourc
     const SiteScope scope(target == nullptr ? SiteRef() : MessageAccess::Site(*target));
     RunFreeRoutine({"ModGeneral", "CreateSECSMessage"}, [&] {
         if (target == nullptr || source == nullptr) throw Fault(FaultNumber::ObjectNotSet);
-        if (!source->Description().empty()) target->Description(source->Description());
+        if (const std::string text = source->Description(); !text.empty())
+            target->Description(text);
         target->Func(source->Func());
         MessageAccess::Length(*target, source->Length());
-        if (!source->Name().empty()) target->Name(source->Name());
-        if (!source->Raw().IsEmpty()) target->Raw(source->Raw());
+        if (const std::string name = source->Name(); !name.empty()) target->Name(name);
+        if (Variant raw = source->Raw(); !raw.IsEmpty()) target->Raw(std::move(raw));
         MessageAccess::CopyRawHex(*target, *source);
         target->Stream(source->Stream());
         if (source->Root()->ItemCount() < 1) return;

@@ -9,6 +9,10 @@ namespace hexmire::ModGeneral {
 /// deep copies, everything else from the template; Index, InProgress and the T3 fields keep their
 /// values.
 void CreateNewTrans(const SECSTransPtr& target, const SECSTransPtr& source);
+/// The same, but for one message of the target, which stays as it is.
+void CreateNewTrans(const SECSTransPtr& target,
+                    const SECSTransPtr& source,
+                    const SECSMessage* kept);
 
 /// Copies one message into another: header fields and a deep copy of the root's first item.
 void CreateSECSMessage(const SECSMessagePtr& target, const SECSMessagePtr& source);

@@ -37,6 +37,22 @@ TEST(ReceiveReply, RaisesACopyOfTheWaitingEntryWithTheReplyInIt) {
     EXPECT_EQ(waiting->Secondary()->Item(1)->Value(), Variant("expected"));
 }
 
+TEST(ReceiveReply, AReplyWithoutTemplateItemsTakesItsPlaceInTheCopyAllTheSame) {
+    Receiving host;
+    const SECSTransPtr waiting = host.Send(1, 3);
+    AddItem(waiting->Primary()->Root(), FormatU1, 1);
+    host.ReceiveReply(1, 4, 1, "41 02 4F 4B");
+    const SECSTransPtr trans = host.Secondaries.at(0);
+    EXPECT_NE(trans->Primary(), waiting->Primary());
+    EXPECT_EQ(trans->Primary()->Func(), 3);
+    EXPECT_EQ(trans->Primary()->Item(1)->Value(), Variant(1));
+    EXPECT_NE(trans->Secondary(), waiting->Secondary());
+    EXPECT_EQ(trans->Secondary()->Func(), 4);
+    EXPECT_EQ(trans->Secondary()->Item(1)->Value(), Variant("OK"));
+    EXPECT_EQ(trans->Secondary()->Root()->ItemCount(), 1);
+    EXPECT_EQ(waiting->Secondary()->Root()->ItemCount(), 0);
+}
+
 TEST(ReceiveReply, TakesTheEntryOutOfTheTableAfterTheHandler) {
     Receiving host;
     const SECSTransPtr waiting = host.Send(1, 3);

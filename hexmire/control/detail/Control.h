@@ -119,6 +119,14 @@ private:
     [[nodiscard]] std::string SecondOfDay() const;
 
     [[nodiscard]] SECSTransPtr CopyOf(const SECSTransPtr& source) const;
+    /// A copy of a transaction, or where there is none a new one, whose primary or secondary is a
+    /// received message.
+    [[nodiscard]] SECSTransPtr TransWithPrimary(const SECSTransPtr& source,
+                                                const SECSMessagePtr& message) const;
+    [[nodiscard]] SECSTransPtr TransWithSecondary(const SECSTransPtr& source,
+                                                  const SECSMessagePtr& message) const;
+    void RequireTemplates() const;
+    [[nodiscard]] SECSTransPtr TemplateFor(std::string_view name);
     [[nodiscard]] SECSTransPtr TemplateByIndex(std::int32_t index);
     [[nodiscard]] SECSTransPtr TemplateByName(std::string_view name);
     [[nodiscard]] SECSTransPtr TemplateFor(const MessageHeader& header) const;

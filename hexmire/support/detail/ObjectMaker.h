@@ -4,15 +4,16 @@
 #include <hexmire/support/Reporting.h>
 
 #include <memory>
+#include <utility>
 
 namespace hexmire::detail {
 
 /// Makes objects of the model.
 struct ObjectMaker {
     /// On behalf of a maker, inside one of its routines: missing memory is that routine's fault.
-    template <class T>
-    [[nodiscard]] static std::shared_ptr<T> Make(const SiteRef& site) {
-        return std::make_shared<T>(PassKey(), site);
+    template <class T, class... Parts>
+    [[nodiscard]] static std::shared_ptr<T> Make(const SiteRef& site, Parts&&... parts) {
+        return std::make_shared<T>(PassKey(), site, std::forward<Parts>(parts)...);
     }
 
     /// For a host, which is to meet no exception: missing memory is reported.

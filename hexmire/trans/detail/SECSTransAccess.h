@@ -46,7 +46,19 @@ public:
         return trans.description_;
     }
 
+    /// The host's free slots, but those that are empty.
+    static void CopySlots(SECSTrans& target, const SECSTrans& source) noexcept {
+        CopySlot(target.actionOnError_, source.actionOnError_);
+        CopySlot(target.actionOnSuccess_, source.actionOnSuccess_);
+        CopySlot(target.tag_, source.tag_);
+    }
+
     static const SiteRef& Site(const SECSTrans& trans) noexcept { return trans.site_; }
+
+private:
+    static void CopySlot(Variant& target, const Variant& source) noexcept {
+        if (!source.IsEmpty()) target = source;
+    }
 };
 
 }  // namespace hexmire::detail

@@ -8,9 +8,10 @@ namespace hexmire::detail {
 
 /// The control that serves the running routine; fault 91 when there is none or it has ended.
 [[nodiscard]] inline ITransSite& RequireTransSite(const SiteScope& scope) {
-    auto* site = dynamic_cast<ITransSite*>(scope.Site().Sink());
-    if (site == nullptr) throw Fault(FaultNumber::ObjectNotSet);
-    return *site;
+    IErrorSink* sink = scope.Site().Sink();
+    if (sink == nullptr || sink->Serves() != IErrorSink::Service::Transactions)
+        throw Fault(FaultNumber::ObjectNotSet);
+    return static_cast<ITransSite&>(*sink);
 }
 
 }  // namespace hexmire::detail
