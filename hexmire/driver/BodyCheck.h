@@ -25,7 +25,7 @@ public:
     [[nodiscard]] Verdict Check(std::span<const std::uint8_t> body, std::uint32_t maxDepth);
 
 private:
-    std::vector<std::uint32_t> open_;  // items still to come, one entry for each list around
+    std::vector<std::uint32_t> open_;  // items still to come in the lists around the innermost
 };
 
 }  // namespace hexmire::link

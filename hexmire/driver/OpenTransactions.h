@@ -5,7 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <unordered_map>
+#include <vector>
 
 namespace hexmire::link {
 
@@ -25,20 +25,36 @@ public:
     /// none.
     bool End(std::uint32_t systemBytes, TimePoint now);
     [[nodiscard]] bool IsOpen(std::uint32_t systemBytes, TimePoint now) const;
-    void Clear() noexcept { entries_.clear(); }
+    void Clear() noexcept;
 
     /// Entries held, those past their time included.
-    [[nodiscard]] std::size_t Size() const noexcept { return entries_.size(); }
+    [[nodiscard]] std::size_t Size() const noexcept { return size_; }
 
 private:
-    struct Entry {
+    struct Slot {
         TimePoint Deadline;
-        std::uint8_t Stream;
-        std::uint8_t Function;
+        std::uint32_t SystemBytes = 0;
+        std::uint8_t Stream = 0;
+        std::uint8_t Function = 0;
+        bool IsTaken = false;
     };
     static constexpr std::size_t kFirstSweep = 64;
+    static constexpr std::size_t kFirstSlots = 16;
 
-    std::unordered_map<std::uint32_t, Entry> entries_;
+    [[nodiscard]] std::size_t HomeOf(std::uint32_t systemBytes) const noexcept;
+    [[nodiscard]] std::size_t After(std::size_t place) const noexcept;
+    /// The slot with these system bytes, or the free one where they belong.
+    [[nodiscard]] std::size_t PlaceOf(std::uint32_t systemBytes) const noexcept;
+    [[nodiscard]] const Slot* Find(std::uint32_t systemBytes) const noexcept;
+    void Erase(std::size_t place) noexcept;
+    /// So many slots, for the entries whose deadline lies behind `after`.
+    void Rebuild(std::size_t count, TimePoint after);
+    void Sweep(TimePoint now);
+
+    // An entry lies in the slot that its system bytes give, or in the next free one behind it: it
+    // needs no memory of its own. A power of two of slots, one in four at least free.
+    std::vector<Slot> slots_;
+    std::size_t size_ = 0;
     std::size_t sweepAt_ = kFirstSweep;
 };
 

@@ -7,6 +7,10 @@
 #include "../../fakes/HsmsRig.h"
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <random>
 #include <set>
 
 namespace hexmire::test {
@@ -56,6 +60,56 @@ TEST(OpenTransactions, ForgottenOnesDoNotPileUp) {
         table.Add(Message(1, 1, count), now + 45s, now);
     }
     EXPECT_LT(table.Size(), 200U);
+}
+
+TEST(OpenTransactions, HoldsWhatAPlainTableHolds) {
+    struct Known {
+        TimePoint Deadline;
+        std::uint8_t Stream = 0;
+        std::uint8_t Function = 0;
+    };
+    link::OpenTransactions table;
+    std::map<std::uint32_t, Known> plain;
+    std::mt19937 random(7);
+    const auto below = [&](std::uint32_t limit) {
+        return static_cast<std::uint32_t>(random() % limit);
+    };
+    TimePoint now = kStart;
+    for (int step = 0; step < 60'000; ++step) {
+        // Few different values, in the range's corners: many meet in one place.
+        const std::uint32_t systemBytes = below(2) == 0 ? below(300) : 0xFFFFFF00U + below(256);
+        const auto stream = static_cast<std::uint8_t>(1 + below(2));
+        const auto known = plain.find(systemBytes);
+        const bool isOpen = known != plain.end() && known->second.Deadline > now;
+        ASSERT_EQ(table.IsOpen(systemBytes, now), isOpen) << step;
+        switch (below(5)) {
+            case 0: {
+                const bool answers =
+                    isOpen && known->second.Stream == stream && known->second.Function == 1;
+                ASSERT_EQ(table.EndByReply({stream, 2, systemBytes}, now), answers) << step;
+                if (answers) plain.erase(known);
+                break;
+            }
+            case 1:
+                ASSERT_EQ(table.End(systemBytes, now), isOpen) << step;
+                if (known != plain.end()) plain.erase(known);
+                break;
+            case 2:
+                if (below(step < 30'000 ? 3'000 : 40) == 0) now += 1s;
+                if (below(5'000) == 0) {
+                    table.Clear();
+                    plain.clear();
+                }
+                break;
+            default: {
+                const TimePoint deadline = now + std::chrono::seconds(1 + below(40));
+                const auto function = static_cast<std::uint8_t>(below(8) == 0 ? 3 : 1);
+                table.Add({stream, function, systemBytes}, deadline, now);
+                plain[systemBytes] = {deadline, stream, function};
+                break;
+            }
+        }
+    }
 }
 
 // --- system bytes --------------------------------------------------------------------------------
