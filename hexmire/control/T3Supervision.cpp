@@ -49,12 +49,14 @@ void Control::SearchTable(const MessageHeader& header, bool start) {
         header.Name() + " SystemBytes: " + std::to_string(header.SystemBytes);
     log_->WriteLog(label + "Searching for " + wanted);
     std::int32_t count = 0;
+    std::string line = label + "TransactionInUse[";
+    const std::size_t lineBegin = line.size();
     for (const SECSTransPtr& entry : *SECSDictionaryAccess::AllItems(*transInUse_)) {
         ++count;
         const SECSMessagePtr message = start ? entry->Primary() : entry->Secondary();
         if (message == nullptr) throw Fault(FaultNumber::ObjectNotSet);
-        std::string line = label;
-        line.append("TransactionInUse[").append(std::to_string(count)).append("] : S");
+        line.resize(lineBegin);
+        line.append(std::to_string(count)).append("] : S");
         line.append(std::to_string(message->Stream())).append("F");
         line.append(std::to_string(message->Func())).append(" SystemBytes: ");
         log_->WriteLog(line.append(std::to_string(entry->SystemBytes())));

@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <memory>
+#include <utility>
 
 namespace hexmire {
 
@@ -34,16 +35,6 @@ bool WriteAll(int descriptor, std::string_view bytes) {
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
     return true;
-}
-
-bool AppendTo(const std::string& path, std::string_view bytes) {
-    const auto system = SystemPath(path);
-    if (!system) return false;
-    constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-    FileDescriptor file(::open(system->c_str(), kFlags, 0644));
-    if (!file.IsOpen()) return false;
-    const bool written = WriteAll(file.Get(), bytes);
-    return file.Close() && written;
 }
 
 bool IsRegularFile(DIR* folder, const dirent& entry) {
@@ -85,6 +76,20 @@ std::optional<std::chrono::year_month_day> DateOf(const std::string& path) {
 }
 
 }  // namespace
+
+bool PosixFiles::AppendTo(const std::string& path, std::string_view bytes) {
+    if (path != lastPath_ || path.empty()) {
+        auto system = SystemPath(path);
+        if (!system) return false;
+        lastPath_ = path;
+        lastSystemPath_ = std::move(*system);
+    }
+    constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    FileDescriptor file(::open(lastSystemPath_.c_str(), kFlags, 0644));
+    if (!file.IsOpen()) return false;
+    const bool written = WriteAll(file.Get(), bytes);
+    return file.Close() && written;
+}
 
 bool PosixFiles::Append(const std::string& path, std::string_view bytes) {
     return Guarded(false, [&] { return AppendTo(path, bytes); });

@@ -24,6 +24,14 @@ public:
                                        const std::string& suffix) override;
     std::optional<std::chrono::year_month_day> ModifiedDate(const std::string& path) override;
     bool DeleteFile(const std::string& path) override;
+
+private:
+    bool AppendTo(const std::string& path, std::string_view bytes);
+
+    // The path of the last append and its form for the system: a log appends line after line to one
+    // file.
+    std::string lastPath_;
+    std::string lastSystemPath_;
 };
 
 }  // namespace hexmire

@@ -25,18 +25,21 @@ void PutTwoDigits(char* place, std::int64_t value) {
 }
 
 /// "hh:mm:ss.cc "; the hundredths are rounded on their own and never carried into the seconds.
-std::string TimeText(std::chrono::nanoseconds timeOfDay) {
+std::array<char, 12> TimeText(std::chrono::nanoseconds timeOfDay) {
     using namespace std::chrono;
-    const hh_mm_ss parts(floor<milliseconds>(timeOfDay));
-    const auto fraction = timeOfDay - floor<seconds>(timeOfDay);
-    const auto hundredths = (fraction + milliseconds(5)) / milliseconds(10) % 100;
-    std::string text = "00:00:00.00 ";
-    PutTwoDigits(text.data(), parts.hours().count());
-    PutTwoDigits(text.data() + 3, parts.minutes().count());
-    PutTwoDigits(text.data() + 6, parts.seconds().count());
-    PutTwoDigits(text.data() + 9, hundredths);
+    const auto whole = floor<seconds>(timeOfDay);
+    const auto hundredths = (timeOfDay - whole + milliseconds(5)) / milliseconds(10) % 100;
+    const std::int64_t second = whole.count();
+    auto text = std::to_array({'0', '0', ':', '0', '0', ':', '0', '0', '.', '0', '0', ' '});
+    PutTwoDigits(&text[0], second / 3600);
+    PutTwoDigits(&text[3], second / 60 % 60);
+    PutTwoDigits(&text[6], second % 60);
+    PutTwoDigits(&text[9], hundredths);
     return text;
 }
+
+/// Lines longer than this give their memory back.
+constexpr std::size_t kKeptLineBytes = std::size_t{64} * 1024;
 
 /// Failures of the log are nobody's errors: they end the routine and are dropped.
 template <class Body>
@@ -64,6 +67,7 @@ void CLogFile::FileName(const std::string& name) {
             return;
         }
         fileName_ = name;
+        path_.clear();
         DeleteBackup(folder_);
     });
 }
@@ -113,26 +117,32 @@ void CLogFile::AppendMakingFolder(const std::string& path, std::string_view line
 void CLogFile::WriteLog(std::string_view text) {
     RunSilently([&] {
         if (fileName_.empty()) return;
-        const std::size_t cut = fileName_.find_last_of(kSeparators);
-        const bool hasFolder = cut != std::string::npos;
-        if (hasFolder) folder_.assign(fileName_, 0, cut);
+        if (path_.empty()) {
+            const std::size_t cut = fileName_.find_last_of(kSeparators);
+            hasFolder_ = cut != std::string::npos;
+            if (hasFolder_) folder_.assign(fileName_, 0, cut);
+        }
         const ClockReading now = clock_.Now();
+        const bool isNewDay = now.Date != currentDay_;
         // A name without a folder leaves the one before it remembered, which must be there all the
         // same. No sweep, and no new day, while it cannot be made.
-        if (!hasFolder || now.Date != currentDay_) PrepareFolder();
-        if (now.Date != currentDay_) {
+        if (!hasFolder_ || isNewDay) PrepareFolder();
+        if (isNewDay) {
             DeleteBackup(folder_);
             currentDay_ = now.Date;
-            dayTexts_.reset();
+            path_.clear();
         }
-        if (!dayTexts_) {
-            dayTexts_ = DayTexts{DateText(now.Date, '/') + ' ', '_' + DateText(now.Date, '-')};
-        }
-        std::string line;
-        line.reserve(dayTexts_->OfLine.size() + text.size() + 16);
-        line.append(dayTexts_->OfLine).append(TimeText(now.TimeOfDay)).append(text).append("\r\n");
-        AppendMakingFolder(Stem() + dayTexts_->OfFile + ".log", line);
+        if (path_.empty()) BeginDay(now.Date);
+        const auto time = TimeText(now.TimeOfDay);
+        line_.assign(dayText_).append(time.data(), time.size()).append(text).append("\r\n");
+        AppendMakingFolder(path_, line_);
+        if (line_.capacity() > kKeptLineBytes) line_ = {};
     });
+}
+
+void CLogFile::BeginDay(const std::chrono::year_month_day& day) {
+    dayText_ = DateText(day, '/') + ' ';
+    path_ = Stem() + '_' + DateText(day, '-') + ".log";
 }
 
 }  // namespace hexmire

@@ -5,7 +5,6 @@
 #include <hexmire/support/Site.h>
 
 #include <chrono>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -38,20 +37,20 @@ private:
     void PrepareFolder();
     void AppendMakingFolder(const std::string& path, std::string_view line);
     [[nodiscard]] std::string Stem() const;
+    void BeginDay(const std::chrono::year_month_day& day);
 
     IFileSystem& files_;
     const IClock& clock_;
     SiteRef site_;
-    /// The day as lines and names of files show it.
-    struct DayTexts {
-        std::string OfLine;
-        std::string OfFile;
-    };
 
     std::chrono::year_month_day currentDay_;
-    std::optional<DayTexts> dayTexts_;
     std::string fileName_;
     std::string folder_;
+    // Of the name and day of the last line; made when a line needs them.
+    std::string path_;
+    std::string dayText_;
+    bool hasFolder_ = false;
+    std::string line_;  // kept to spare a request for memory for each
 };
 
 }  // namespace hexmire
