@@ -7,6 +7,7 @@
 #include <deque>
 #include <string>
 #include <utility>
+#include <variant>
 
 namespace hexmire::link {
 
@@ -29,6 +30,10 @@ public:
     [[nodiscard]] bool IsEmpty() const noexcept { return events_.empty(); }
     /// True when the oldest event is an Error 3099.
     [[nodiscard]] bool IsInternalErrorNext() const noexcept;
+    /// True when the oldest event tells of a message that has gone out: no host waits for it.
+    [[nodiscard]] bool IsSentNext() const noexcept {
+        return !events_.empty() && std::holds_alternative<RaiseSent>(events_.front());
+    }
     [[nodiscard]] bool IsClosed() const noexcept { return sink_ == nullptr; }
     /// Received messages raised since the last call.
     [[nodiscard]] std::size_t TakeConsumed() noexcept { return std::exchange(consumed_, 0); }

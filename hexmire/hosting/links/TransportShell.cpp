@@ -278,6 +278,7 @@ void TransportDriver::Shell::Report(link::LinkError code, std::string_view detai
 }
 
 void TransportDriver::Shell::Do(const link::StartTimer& action) {
+    timersStarted_ = true;
     timers_.Start(action.Id, action.Delay, Now());
 }
 
@@ -327,6 +328,7 @@ void TransportDriver::Shell::DeliverSome() {
     HoldWrites(begin);
     for (std::size_t raised = 0; raised < kEventsPerTurn && !events_.IsEmpty(); ++raised) {
         const bool internal = events_.IsInternalErrorNext();
+        const bool timed = !events_.IsSentNext();
         try {
             events_.RaiseNext();
         } catch (...) {
@@ -334,6 +336,10 @@ void TransportDriver::Shell::DeliverSome() {
             if (!internal) ReportInternal("exception in an event handler");
         }
         if (events_.IsClosed()) return;
+        if (!timed) {
+            ++quickInARow_;  // its time is taken with that of the next
+            continue;
+        }
         const link::TimePoint end = Now();
         quickInARow_ = end - begin > kBlocks ? 0 : quickInARow_ + 1;
         begin = end;
@@ -360,6 +366,7 @@ void TransportDriver::Shell::WriteHeld(link::TimePoint now) {
 /// Arms the loop's timer for the earliest deadline. It is not set back when a deadline moves away:
 /// then it expires once for nothing, which is cheaper than a system call at each restart.
 void TransportDriver::Shell::ArmTimer() {
+    if (!std::exchange(timersStarted_, false)) return;
     const auto next = timers_.NextDeadline();
     if (!next || (timerArmedFor_ && *timerArmedFor_ <= *next) || events_.IsClosed()) return;
     timerArmedFor_ = next;
@@ -367,6 +374,7 @@ void TransportDriver::Shell::ArmTimer() {
     timer_.async_wait([self = shared_from_this()](const asio::error_code& error) {
         if (error || self->events_.IsClosed()) return;
         self->timerArmedFor_.reset();
+        self->timersStarted_ = true;  // the others are still to be waited for
         self->Turn([&](link::TimePoint) { self->RunDueTimers(); });
     });
 }

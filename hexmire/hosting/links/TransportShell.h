@@ -197,6 +197,7 @@ private:
     link::TimerQueue timers_;
     asio::steady_timer timer_;
     std::optional<link::TimePoint> timerArmedFor_;
+    bool timersStarted_ = false;  // since the loop's timer was armed
 
     std::uint64_t generation_ = 0;        // of the connection
     std::uint64_t listenGeneration_ = 0;  // of the listener
