@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace hexmire {
 
@@ -21,16 +22,18 @@ constexpr std::array<Field, 256> MakeFields() {
     return table;
 }
 
-constexpr std::array<std::int16_t, 256> MakeDigitValues() {
+/// What a character is worth as a digit; below 0 what is none.
+constexpr std::array<std::int16_t, 256> MakeDigitValues(int factor) {
     std::array<std::int16_t, 256> table{};
     for (unsigned code = 0; code < 256; ++code) {
-        table[code] = static_cast<std::int16_t>(HexDigitValue(static_cast<char>(code)));
+        table[code] = static_cast<std::int16_t>(HexDigitValue(static_cast<char>(code)) * factor);
     }
     return table;
 }
 
 constexpr auto kFields = MakeFields();
-constexpr auto kDigitValues = MakeDigitValues();
+constexpr auto kHighValues = MakeDigitValues(16);
+constexpr auto kLowValues = MakeDigitValues(1);
 
 #if defined(__x86_64__)
 
@@ -56,79 +59,39 @@ bool CanShuffle() {
     return values + '0' + (isLetter & ('A' - '0' - 10));
 }
 
+/// Pairs of digits with a blank behind each, from the place `First` of a field on, without the
+/// first `Skip` digits.
+template <std::size_t First, std::size_t Skip, std::size_t... Place>
+[[gnu::target("ssse3")]] inline Block Spread(Block pairs,
+                                             Block blanks,
+                                             std::index_sequence<Place...> /*places*/) noexcept {
+    return __builtin_shufflevector(
+        pairs,
+        blanks,
+        ((First + Place) % kPlaces == 2
+             ? kBlock
+             : (First + Place) / kPlaces * 2 + (First + Place) % kPlaces + Skip)...);
+}
+
 [[gnu::target("ssse3")]] void WriteBlocks(const std::uint8_t* from,
                                           std::size_t blocks,
                                           char* to) noexcept {
-    constexpr Block kBlanks = {
-        ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
-    constexpr int kBlank = kBlock;  // any place of the second block
+    constexpr std::make_index_sequence<kBlock> kAll;
+    const Block blanks = Block{} + ' ';
     for (; blocks > 0; --blocks, from += kBlock, to += kPlaces * kBlock) {
         const Block bytes = Load(from);
         const Block high = Digits(bytes >> 4);
         const Block low = Digits(bytes & 0x0F);
-        // The digits in pairs: of the bytes 0 to 7, 5 to 12 and 8 to 15.
+        // The digits in pairs: of the bytes 0 to 7, 8 to 15 and 5 to 12.
         const Block front = __builtin_shufflevector(
             high, low, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
         const Block back = __builtin_shufflevector(
             high, low, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
         const Block middle = __builtin_shufflevector(
             front, back, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25);
-        const Block texts[] = {
-            __builtin_shufflevector(front,
-                                    kBlanks,
-                                    0,
-                                    1,
-                                    kBlank,
-                                    2,
-                                    3,
-                                    kBlank,
-                                    4,
-                                    5,
-                                    kBlank,
-                                    6,
-                                    7,
-                                    kBlank,
-                                    8,
-                                    9,
-                                    kBlank,
-                                    10),
-            __builtin_shufflevector(middle,
-                                    kBlanks,
-                                    1,
-                                    kBlank,
-                                    2,
-                                    3,
-                                    kBlank,
-                                    4,
-                                    5,
-                                    kBlank,
-                                    6,
-                                    7,
-                                    kBlank,
-                                    8,
-                                    9,
-                                    kBlank,
-                                    10,
-                                    11),
-            __builtin_shufflevector(back,
-                                    kBlanks,
-                                    kBlank,
-                                    6,
-                                    7,
-                                    kBlank,
-                                    8,
-                                    9,
-                                    kBlank,
-                                    10,
-                                    11,
-                                    kBlank,
-                                    12,
-                                    13,
-                                    kBlank,
-                                    14,
-                                    15,
-                                    kBlank),
-        };
+        const Block texts[] = {Spread<0, 0>(front, blanks, kAll),
+                               Spread<1, 0>(middle, blanks, kAll),
+                               Spread<2, 4>(back, blanks, kAll)};
         std::memcpy(to, texts, sizeof(texts));
     }
 }
@@ -178,21 +141,13 @@ std::size_t ReadBlocks(const char*, std::size_t, std::uint8_t*) noexcept { retur
 
 #endif
 
-/// Fewer bytes than a block are as quick through the table up to here.
-constexpr std::size_t kTableTail = 5;
-
-/// Writes the fields of some bytes; `to` has room for those of one block more.
+/// Writes the fields of some bytes; `to` has one place more.
 void WriteFields(std::span<const std::uint8_t> bytes, char* to) noexcept {
     if (bytes.size() >= kBlock && CanShuffle()) {
         const std::size_t blocks = bytes.size() / kBlock;
         WriteBlocks(bytes.data(), blocks, to);
         to += blocks * kBlock * kPlaces;
         bytes = bytes.subspan(blocks * kBlock);
-    }
-    if (bytes.size() > kTableTail && CanShuffle()) {
-        std::array<std::uint8_t, kBlock> rest{};
-        std::copy(bytes.begin(), bytes.end(), rest.begin());
-        return WriteBlocks(rest.data(), 1, to);
     }
     for (const std::uint8_t byte : bytes) {
         std::memcpy(to, kFields[byte].data(), sizeof(Field));
@@ -233,22 +188,11 @@ bool ReadHexText(std::string_view text, std::size_t count, std::uint8_t* out) no
         done = ReadBlocks(in, (count - 1) / kBlock, out) * kBlock;
         in += done * kPlaces;
     }
-    if (count - done > kTableTail && count - done <= kBlock && CanShuffle()) {
-        const std::size_t left = count - done;
-        std::array<char, kBlock * kPlaces> rest;
-        rest.fill('0');
-        std::copy_n(in, left * kPlaces - 1, rest.data());
-        std::array<std::uint8_t, kBlock> bytes{};
-        if (ReadBlocks(rest.data(), 1, bytes.data()) == 1) {
-            std::copy_n(bytes.data(), left, out + done);
-            return true;
-        }
-    }
     for (; done < count; ++done, in += kPlaces) {
-        const int high = kDigitValues[static_cast<std::uint8_t>(in[0])];
-        const int low = kDigitValues[static_cast<std::uint8_t>(in[1])];
-        if ((high | low) < 0) return false;
-        out[done] = static_cast<std::uint8_t>(high * 16 + low);
+        const int value = kHighValues[static_cast<std::uint8_t>(in[0])] |
+                          kLowValues[static_cast<std::uint8_t>(in[1])];
+        if (value < 0) return false;
+        out[done] = static_cast<std::uint8_t>(value);
     }
     return true;
 }
