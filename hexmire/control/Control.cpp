@@ -3,9 +3,8 @@
 #include <hexmire/support/detail/ObjectMaker.h>
 #include <hexmire/trans/detail/SECSDictionaryAccess.h>
 
-#include <array>
 #include <cassert>
-#include <cstdio>
+#include <chrono>
 
 /// Life of the control: construction, errors, teardown.
 namespace hexmire::detail {
@@ -82,17 +81,8 @@ void Control::StartTimer() {
     container_.StartTimer(kTimerPeriod, [this] { TimerCheck_Timer(); });
 }
 
-std::string Control::SecondOfDay() const {
-    const std::chrono::hh_mm_ss time(
-        std::chrono::floor<std::chrono::seconds>(clock_.Now().TimeOfDay));
-    std::array<char, 32> text{};
-    std::snprintf(text.data(),
-                  text.size(),
-                  "%02d:%02d:%02d",
-                  static_cast<int>(time.hours().count()),
-                  static_cast<int>(time.minutes().count()),
-                  static_cast<int>(time.seconds().count()));
-    return text.data();
+std::chrono::seconds Control::SecondOfDay() const {
+    return std::chrono::floor<std::chrono::seconds>(clock_.Now().TimeOfDay);
 }
 
 void Control::PushAll(std::span<const SettingPush> pushes) {

@@ -87,9 +87,9 @@ void Control::SearchSilently(const MessageHeader& header, bool start) {
 void Control::TimerCheck_Timer() {
     if (tornDown_) return;
     RunOwn("TimerCheck_Timer", [&] {
-        std::string second = SecondOfDay();
+        const std::chrono::seconds second = SecondOfDay();
         if (second == lastSecond_) return;
-        lastSecond_ = std::move(second);
+        lastSecond_ = second;
         const std::shared_ptr<hexmire::SECSDictionary> table = transInUse_;
         if (table == nullptr) throw Fault(FaultNumber::ObjectNotSet);
         for (const SECSTransPtr& entry : *table) {

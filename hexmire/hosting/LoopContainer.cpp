@@ -5,13 +5,29 @@
 
 namespace hexmire {
 
+namespace {
+
+using Moment = asio::steady_timer::time_point;
+
+/// Timers of one period tick together in a few groups, however many there are: each group wakes the
+/// loop once. None ticks before its period is over, and the first tick is late by a small part of
+/// it at most.
+Moment FirstTick(Moment now, Moment::duration period) {
+    constexpr int kGroups = 32;
+    const Moment::duration step = std::max(period / kGroups, Moment::duration(1));
+    const Moment::duration due = now.time_since_epoch() + period;
+    return Moment((due + step - Moment::duration(1)) / step * step);
+}
+
+}  // namespace
+
 LoopContainer::LoopContainer(asio::io_context& loop, std::function<void(LoopContainer&)> onIdle)
     : timer_(loop), onIdle_(std::move(onIdle)) {}
 
 void LoopContainer::StartTimer(std::chrono::milliseconds period, std::function<void()> tick) {
     period_ = std::max(period, std::chrono::milliseconds(1));
     tick_ = std::make_shared<const Tick>(std::move(tick));
-    timer_.expires_after(period_);
+    timer_.expires_at(FirstTick(asio::steady_timer::clock_type::now(), period_));
     Schedule();
 }
 

@@ -21,8 +21,10 @@ public:
     /// `onIdle` is called whenever the timer was stopped.
     LoopContainer(asio::io_context& loop, std::function<void(LoopContainer&)> onIdle);
 
-    /// The tick keeps its period: one that comes late does not shift the next, and missed ones are
-    /// left out. Its function may stop or restart the timer, and throw: the timer goes on.
+    /// The first tick comes up to a thirty-second of the period late, so that many timers tick
+    /// together. After it the tick keeps its period: one that comes late does not shift the next,
+    /// and missed ones are left out. Its function may stop or restart the timer, and throw: the
+    /// timer goes on.
     void StartTimer(std::chrono::milliseconds period, std::function<void()> tick) override;
     void StopTimer() override;
     void PropertyChanged(std::string_view name) override;

@@ -51,6 +51,33 @@ TEST_F(LoopContainerTest, timer_keeps_to_its_period) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, 60ms);
 }
 
+TEST_F(LoopContainerTest, timers_of_one_period_tick_in_a_few_groups) {
+    constexpr std::size_t kTimers = 300;
+    std::vector<ContainerPool::Leased> leases;
+    std::size_t ticks = 0;
+    const auto start = std::chrono::steady_clock::now();
+    for (std::size_t count = 0; count < kTimers; ++count) {
+        leases.push_back(pool_->Take({}));
+        leases.back().Container.StartTimer(320ms, [&] { ++ticks; });
+    }
+    // Those that were started within a tenth of the period are due in a few wake-ups.
+    const auto started = std::chrono::steady_clock::now() - start;
+    int wakeups = 0;
+    const auto end = start + 10s;
+    while (ticks < kTimers && std::chrono::steady_clock::now() < end) {
+        loop_.restart();
+        loop_.run_one_for(10s);
+        loop_.restart();
+        loop_.poll();
+        ++wakeups;
+    }
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 320ms);
+    EXPECT_GE(ticks, kTimers);
+    EXPECT_LE(wakeups, 2 * (started / 10ms + 2));
+    for (ContainerPool::Leased& leased : leases)
+        leased.Container.StopTimer();
+}
+
 TEST_F(LoopContainerTest, ticks_that_were_missed_are_left_out) {
     int ticks = 0;
     container_.StartTimer(1ms, [&] {

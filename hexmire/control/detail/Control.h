@@ -9,6 +9,7 @@
 #include <hexmire/trans/ITransSite.h>
 #include <hexmire/trans/SECSDictionary.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -116,7 +117,7 @@ private:
     void StartTimer();
     void PushAll(std::span<const SettingPush> pushes);
     void TearDown() noexcept;
-    [[nodiscard]] std::string SecondOfDay() const;
+    [[nodiscard]] std::chrono::seconds SecondOfDay() const;
 
     [[nodiscard]] SECSTransPtr CopyOf(const SECSTransPtr& source) const;
     /// A copy of a transaction, or where there is none a new one, whose primary or secondary is a
@@ -182,7 +183,7 @@ private:
     std::shared_ptr<hexmire::SECSDictionary> transInUse_;
     std::shared_ptr<IXMLDocument> xmlDocument_;
     std::unique_ptr<CLogFile> log_;
-    std::string lastSecond_;
+    std::chrono::seconds lastSecond_{0};  // of the day, on the wall clock
     std::int32_t currentBaud_ = 0;
     std::int32_t currentConnectionType_ = 0;
     std::int32_t errorCode_ = 0;
