@@ -74,8 +74,12 @@ void EventQueue::Raise(const RaiseReceived& event) {
     }
     HeaderBytes header = event.Header;
     header[0] &= 0x7F;  // the direction bit of SECS-I means nothing above the driver
-    headerText_.clear();
-    AppendHexText(headerText_, header);
+    if (event.IsOneBlock && header == event.Header) {
+        headerText_.assign(messageText_, 0, header.size() * 3);
+    } else {
+        headerText_.clear();
+        AppendHexText(headerText_, header);
+    }
     sink_->SecsMsgReceive(headerText_, bodyText_, static_cast<std::int32_t>(event.Body.size()));
     GiveBack(messageText_);
     GiveBack(bodyText_);

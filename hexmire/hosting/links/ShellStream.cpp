@@ -84,7 +84,7 @@ void TransportDriver::Shell::Do(const link::ResumeReading&) { readingPaused_ = f
 // --- output --------------------------------------------------------------------------------------
 
 void TransportDriver::Shell::WriteOutput(link::TimePoint now) {
-    if (writesHeldUntil_ && !events_.IsEmpty()) {
+    if (WritesWait()) {
         if (machine_->HasOutput()) ScheduleFlush();
         return;
     }

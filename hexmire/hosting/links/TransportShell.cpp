@@ -81,13 +81,20 @@ void TransportDriver::Shell::Close() {
 void TransportDriver::Shell::Send(std::span<const std::uint8_t> header,
                                   const Variant& body,
                                   std::int32_t length) {
-    Call([&](link::TimePoint now) {
+    const auto send = [&](link::TimePoint now) {
         const auto bytes = body.View<std::uint8_t>();
         if (length < 0 || static_cast<std::size_t>(length) > bytes.size()) {
             ++statistics_.MalformedSends;
             return ReportInternal("message body shorter than its length");
         }
         machine_->Send(header, bytes.first(static_cast<std::size_t>(length)), now);
+    };
+    // A primary that waits to be written with others begins nothing yet that is timed.
+    const bool isPrimary = header.size() > 3 && (header[3] & 1U) != 0;
+    if (!delivering_ || !WritesWait() || kind_ != Kind::Hsms || !isPrimary) return Call(send);
+    Guard([&] {
+        send(lookedAt_);
+        Settle(lookedAt_);
     });
 }
 
@@ -324,8 +331,8 @@ void TransportDriver::Shell::Deliver() noexcept {
 }
 
 void TransportDriver::Shell::DeliverSome() {
-    link::TimePoint begin = Now();
-    HoldWrites(begin);
+    lookedAt_ = Now();
+    HoldWrites(lookedAt_);
     for (std::size_t raised = 0; raised < kEventsPerTurn && !events_.IsEmpty(); ++raised) {
         const bool internal = events_.IsInternalErrorNext();
         const bool timed = !events_.IsSentNext();
@@ -341,8 +348,8 @@ void TransportDriver::Shell::DeliverSome() {
             continue;
         }
         const link::TimePoint end = Now();
-        quickInARow_ = end - begin > kBlocks ? 0 : quickInARow_ + 1;
-        begin = end;
+        quickInARow_ = end - lookedAt_ > kBlocks ? 0 : quickInARow_ + 1;
+        lookedAt_ = end;
         if (machine_->HasOutput()) Guard([&] { WriteHeld(end); });
     }
 }

@@ -121,6 +121,9 @@ private:
     void Deliver() noexcept;
     void DeliverSome();
     void HoldWrites(link::TimePoint now) noexcept;
+    [[nodiscard]] bool WritesWait() const noexcept {
+        return writesHeldUntil_ && !events_.IsEmpty();
+    }
     void WriteHeld(link::TimePoint now);
     void ScheduleDelivery();
     void ScheduleFlush();
@@ -223,6 +226,7 @@ private:
     bool readingPaused_ = false;
     bool ourOwnUnheard_ = false;   // we have opened the connection, and nothing has come in on it
     std::size_t quickInARow_ = 0;  // events whose handlers did not block
+    link::TimePoint lookedAt_;     // the clock, before the event that is being raised
     // While events are being raised, what quick handlers send goes out together: when the last one
     // has returned, but not later than this.
     std::optional<link::TimePoint> writesHeldUntil_;
