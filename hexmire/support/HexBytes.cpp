@@ -96,6 +96,71 @@ template <std::size_t First, std::size_t Skip, std::size_t... Place>
     }
 }
 
+constexpr std::size_t kWide = 2 * kBlock;
+using WideBlock [[gnu::vector_size(kWide)]] = std::uint8_t;
+
+bool CanShuffleWide() {
+    static const bool kCan = __builtin_cpu_supports("avx2") != 0;
+    return kCan;
+}
+
+[[gnu::target("avx2")]] inline WideBlock WideDigits(WideBlock values) noexcept {
+    const auto isLetter = reinterpret_cast<WideBlock>(values > 9);
+    return values + '0' + (isLetter & ('A' - '0' - 10));
+}
+
+/// Spread in each half by itself.
+template <std::size_t First, std::size_t Skip, std::size_t... Place>
+[[gnu::target("avx2")]] inline WideBlock SpreadHalves(
+    WideBlock pairs, WideBlock blanks, std::index_sequence<Place...> /*places*/) noexcept {
+    return __builtin_shufflevector(
+        pairs,
+        blanks,
+        ((First + Place % kBlock) % kPlaces == 2
+             ? kWide + Place
+             : Place / kBlock * kBlock + (First + Place % kBlock) / kPlaces * 2 +
+                   (First + Place % kBlock) % kPlaces + Skip)...);
+}
+
+/// What WriteBlocks does, for two blocks at a time.
+template <std::size_t... Place>
+[[gnu::target("avx2")]] void WriteWideBlocks(const std::uint8_t* from,
+                                             std::size_t blocks,
+                                             char* to,
+                                             std::index_sequence<Place...> /*places*/) noexcept {
+    constexpr std::make_index_sequence<kWide> kAll;
+    const WideBlock blanks = WideBlock{} + ' ';
+    for (; blocks > 0; --blocks, from += kWide, to += kPlaces * kWide) {
+        WideBlock bytes;
+        std::memcpy(&bytes, from, kWide);
+        const WideBlock high = WideDigits(bytes >> 4);
+        const WideBlock low = WideDigits(bytes & 0x0F);
+        const WideBlock front =
+            __builtin_shufflevector(high,
+                                    low,
+                                    (Place / 2 + Place % 2 * kWide)...,
+                                    (kBlock + Place / 2 + Place % 2 * kWide)...);
+        const WideBlock back =
+            __builtin_shufflevector(high,
+                                    low,
+                                    (kBlock / 2 + Place / 2 + Place % 2 * kWide)...,
+                                    (kBlock / 2 + kBlock + Place / 2 + Place % 2 * kWide)...);
+        const WideBlock middle = __builtin_shufflevector(
+            front,
+            back,
+            (Place < 6 ? 10 + Place : kWide + Place - 6)...,
+            (Place < 6 ? kBlock + 10 + Place : kWide + kBlock + Place - 6)...);
+        const WideBlock texts[] = {SpreadHalves<0, 0>(front, blanks, kAll),
+                                   SpreadHalves<1, 0>(middle, blanks, kAll),
+                                   SpreadHalves<2, 4>(back, blanks, kAll)};
+        for (std::size_t part = 0; part < kPlaces; ++part) {
+            const auto* text = reinterpret_cast<const char*>(&texts[part]);
+            std::memcpy(to + part * kBlock, text, kBlock);
+            std::memcpy(to + (kPlaces + part) * kBlock, text + kBlock, kBlock);
+        }
+    }
+}
+
 /// The values of sixteen digits; what is none sets bits in `wrong`.
 [[gnu::target("ssse3")]] inline Block Values(Block digits, Block& wrong) noexcept {
     const Block number = digits - '0';
@@ -143,6 +208,12 @@ std::size_t ReadBlocks(const char*, std::size_t, std::uint8_t*) noexcept { retur
 
 /// Writes the fields of some bytes; `to` has one place more.
 void WriteFields(std::span<const std::uint8_t> bytes, char* to) noexcept {
+    if (bytes.size() >= kWide && CanShuffleWide()) {
+        const std::size_t blocks = bytes.size() / kWide;
+        WriteWideBlocks(bytes.data(), blocks, to, std::make_index_sequence<kBlock>());
+        to += blocks * kWide * kPlaces;
+        bytes = bytes.subspan(blocks * kWide);
+    }
     if (bytes.size() >= kBlock && CanShuffle()) {
         const std::size_t blocks = bytes.size() / kBlock;
         WriteBlocks(bytes.data(), blocks, to);
