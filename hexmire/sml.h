@@ -30,6 +30,10 @@ struct DecodedBody {
 };
 [[nodiscard]] DecodedBody DecodeBody(std::span<const std::uint8_t> bytes);
 
+/// The same without a copy: the message's Raw, and values that are at least half of the body, share
+/// the memory of an array of Byte. Any other value is no body: nothing but an empty root, not Ok.
+[[nodiscard]] DecodedBody DecodeSharedBody(const Variant& bytes);
+
 /// What a text said, or where and why it says nothing.
 struct ParsedSml {
     SECSMessagePtr Message;      ///< none after an error

@@ -31,6 +31,8 @@ double BytesOfItem(const ByteVector& list) {
 
 void RaceCodec(const std::string& dataDirectory) {
     Figures figures;
+    // First of all, while no ended tree has left blocks of memory for the next one.
+    const double bytesOfItem = BytesOfItem(ReadBody(dataDirectory, "w1b"));
     for (const Workload& workload : CodecWorkloads()) {
         const std::string name = "w1" + workload.Name;
         const ByteVector bytes = ReadBody(dataDirectory, name);
@@ -43,7 +45,8 @@ void RaceCodec(const std::string& dataDirectory) {
         const auto measure = [&](const char* what, auto function) {
             figures.Add(name + "_" + what, NanosecondsOf(function));
         };
-        measure("decode_ns", [&] { ReadTree(DecodeBody(bytes).Message->Root()); });
+        const Variant body = Variant::Bytes(bytes);  // as a received message holds its body
+        measure("decode_ns", [&] { ReadTree(DecodeSharedBody(body).Message->Root()); });
         measure("encode_ns", [&] {
             const SECSMessagePtr message = New<SECSMessage>();
             workload.Build(message->Root());
@@ -54,7 +57,7 @@ void RaceCodec(const std::string& dataDirectory) {
             const SECSMessagePtr message = DecodeBody(bytes).Message;
             measure("sml_ns", [&] { Keep(RenderSml(*message, true).data()); });
         }
-        if (workload.Name == "b") figures.Add(name + "_item_bytes", BytesOfItem(bytes));
+        if (workload.Name == "b") figures.Add(name + "_item_bytes", bytesOfItem);
     }
     figures.Print();
 }

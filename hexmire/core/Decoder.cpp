@@ -75,10 +75,12 @@ std::uint32_t ElementCount(std::uint32_t length, std::uint32_t width) {
     return up ? whole + 1 : whole;
 }
 
-// How the numbers of each format are read: one by itself, or all of an array.
+// How the numbers of each format are read: one by itself, or all of an array; and whether the array
+// keeps their bytes as they are.
 template <std::size_t Width, bool Signed>
 struct LongNumbers {
     static constexpr std::uint32_t kWidth = Width;
+    static constexpr bool kAsTheyLie = false;
     static std::int32_t One(const std::uint8_t* bytes) {
         constexpr unsigned kUnused = 32 - 8 * Width;
         const auto bits = static_cast<std::uint32_t>(ReadBigEndian<Width>(bytes));
@@ -103,6 +105,7 @@ struct LongNumbers {
 template <Shared::NumberForm Form>
 struct WideNumbers {
     static constexpr std::uint32_t kWidth = Form == Shared::kUInt32 ? 4 : 8;
+    static constexpr bool kAsTheyLie = true;
     static Decimal One(const std::uint8_t* bytes) {
         if constexpr (Form == Shared::kInt64) {
             constexpr std::uint8_t kSignBit = 0x80;
@@ -122,6 +125,7 @@ struct WideNumbers {
 template <class Float, class BitsOfFloat>
 struct FloatNumbers {
     static constexpr std::uint32_t kWidth = sizeof(Float);
+    static constexpr bool kAsTheyLie = false;
     static Float One(const std::uint8_t* bytes) {
         return std::bit_cast<Float>(static_cast<BitsOfFloat>(ReadBigEndian<kWidth>(bytes)));
     }
@@ -139,46 +143,55 @@ void ReadNumbers(Reader& reader, std::uint32_t length, SECSItem& item) {
     if (count == 0) return;  // The bytes, if any, are read as the next item.
     const View bytes = reader.Bytes(count * Numbers::kWidth);
     if (count == 1) {
-        Access::Value(item, Numbers::One(bytes.data()));
-        Access::Raw(item, Shared::BytesOfNumber<Numbers::kWidth>(bytes.data()));
-    } else {
-        Access::Value(item, Numbers::All(reader.Body(), bytes));
-        Access::Raw(item, Shared::BytesWithin(reader.Body(), bytes));
+        Access::FirstValue(item, Numbers::One(bytes.data()));
+        Access::RawIsNumber(item);
+        return;
     }
-}
-
-/// The bytes of a text, byte array or truth values; one alone is a Byte.
-Variant RawBytes(const Reader& reader, View bytes) {
-    return bytes.size() == 1 ? Variant(bytes.front()) : Shared::BytesWithin(reader.Body(), bytes);
+    Access::FirstValue(item, Numbers::All(reader.Body(), bytes));
+    if constexpr (Numbers::kAsTheyLie) {
+        Access::RawIsBytes(item);
+    } else {
+        Access::KeepRaw(item, Shared::BytesWithin(reader.Body(), bytes));
+    }
 }
 
 void ReadText(Reader& reader, std::uint32_t length, SECSItem& item) {
     if (length == 0) return;
     const View bytes = reader.Bytes(length);
-    Access::Value(item, Shared::TextWithin(reader.Body(), bytes));
-    Access::Raw(item, RawBytes(reader, bytes));
+    Access::FirstValue(item, Shared::TextWithin(reader.Body(), bytes));
+    if (length == 1) {
+        Access::RawIsByte(item, bytes.front());
+    } else {
+        Access::RawIsBytes(item);
+    }
 }
 
 void ReadBinary(Reader& reader, std::uint32_t length, SECSItem& item) {
     if (length == 0) return;
-    const Variant value = RawBytes(reader, reader.Bytes(length));
-    Access::Value(item, value);
-    Access::Raw(item, value);
+    const View bytes = reader.Bytes(length);
+    if (length == 1) {
+        Access::FirstValue(item, bytes.front());
+        Access::RawIsByte(item, bytes.front());
+    } else {
+        Access::FirstValue(item, Shared::BytesWithin(reader.Body(), bytes));
+        Access::RawIsBytes(item);
+    }
 }
 
 void ReadBooleans(Reader& reader, std::uint32_t length, SECSItem& item) {
     if (length == 0) return;
     const View bytes = reader.Bytes(length);
     if (length == 1) {
-        Access::Value(item, bytes.front() != 0);
-    } else {
-        std::vector<std::uint8_t> values(length);
-        std::transform(bytes.begin(), bytes.end(), values.begin(), [](std::uint8_t byte) {
-            return static_cast<std::uint8_t>(byte != 0 ? 1 : 0);
-        });
-        Access::Value(item, Shared::Booleans(std::move(values)));
+        Access::FirstValue(item, bytes.front() != 0);
+        Access::RawIsByte(item, bytes.front());
+        return;
     }
-    Access::Raw(item, RawBytes(reader, bytes));
+    std::vector<std::uint8_t> values(length);
+    std::transform(bytes.begin(), bytes.end(), values.begin(), [](std::uint8_t byte) {
+        return static_cast<std::uint8_t>(byte != 0 ? 1 : 0);
+    });
+    Access::FirstValue(item, Shared::Booleans(std::move(values)));
+    Access::KeepRaw(item, Shared::BytesWithin(reader.Body(), bytes));
 }
 
 /// Everything but lists; false for an unknown code.

@@ -1,6 +1,7 @@
 #include <hexmire/core/ModGeneral.h>
 #include <hexmire/core/detail/EncodedBytes.h>
 #include <hexmire/core/detail/Encoder.h>
+#include <hexmire/core/detail/PlainNumber.h>
 #include <hexmire/core/detail/SECSItemAccess.h>
 #include <hexmire/core/detail/SmlWriter.h>
 #include <hexmire/support/ByteOrder.h>
@@ -12,11 +13,8 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cmath>
 #include <concepts>
 #include <cstddef>
-#include <cstdlib>
-#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -50,14 +48,14 @@ void WriteHead(Output& out, SECSItem& item, std::int32_t format, std::size_t len
 }
 
 void KeepRaw(const Output& out, SECSItem& item, std::size_t start) {
-    Access::Raw(item, Variant::Bytes(out.From(start)));
+    Access::KeepRaw(item, Variant::Bytes(out.From(start)));
 }
 
 void WriteText(Output& out, SECSItem& item, const Variant& value) {
     const std::string_view text = value.Text();
     WriteHead(out, item, FormatAscii, text.size());
     out.Put({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-    if (!text.empty()) Access::Raw(item, VariantAccess::BytesOf(value));
+    if (!text.empty()) Access::KeepRaw(item, VariantAccess::BytesOf(value));
 }
 
 const Variant& AsVariant(const Variant& value) { return value; }
@@ -73,44 +71,6 @@ std::int32_t AsLong(const T& value) {
         return value;
     } else {
         return ToLong(Variant(value));
-    }
-}
-
-/// The low bytes of a whole number that its wide format holds, so that no decimal is needed to make
-/// them; none for anything else.
-template <std::size_t Width, bool Signed>
-std::optional<std::uint64_t> BitsOf(std::uint64_t magnitude, bool negative) {
-    constexpr std::uint64_t kLargest = ~std::uint64_t{0} >> (64 - Width * 8);
-    if (magnitude > kLargest || (negative && !Signed)) return std::nullopt;
-    return negative ? 0 - magnitude : magnitude;
-}
-
-template <std::size_t Width, bool Signed, class T>
-std::optional<std::uint64_t> PlainBits(const T& value) {
-    if constexpr (std::same_as<T, Decimal>) {
-        if (!value.IsWhole() || value.MantissaHigh() != 0) return std::nullopt;
-        return BitsOf<Width, Signed>(value.MantissaLow(), value.IsNegative());
-    } else if constexpr (std::integral<T> && !std::same_as<T, bool>) {
-        const auto magnitude = static_cast<std::uint64_t>(std::abs(std::int64_t{value}));
-        return BitsOf<Width, Signed>(magnitude, value < 0);
-    } else if constexpr (std::floating_point<T>) {
-        constexpr double kExact = 9007199254740992.0;  // 2^53
-        const auto wide = static_cast<double>(value);
-        if (!(std::abs(wide) <= kExact) || std::trunc(wide) != wide) return std::nullopt;
-        return BitsOf<Width, Signed>(static_cast<std::uint64_t>(std::abs(wide)), wide < 0);
-    } else if constexpr (std::same_as<T, Variant>) {
-        switch (value.Kind()) {
-            case VariantKind::Decimal:
-                return PlainBits<Width, Signed>(value.AsDecimal());
-            case VariantKind::Long:
-                return PlainBits<Width, Signed>(value.AsLong());
-            case VariantKind::Integer:
-                return PlainBits<Width, Signed>(value.AsInteger());
-            default:
-                return std::nullopt;
-        }
-    } else {
-        return std::nullopt;
     }
 }
 
@@ -169,8 +129,8 @@ struct WriteWide : WriteOneByOne {
         return VariantAccess::NumberBytes(array, kForm);
     }
     void operator()(Output& out, const auto& value) const {
-        if (const auto bits = PlainBits<Width, Signed>(value); bits) {
-            out.PutNumber<Width>(*bits);
+        if (const PlainNumber plain = PlainWide<Width, Signed>(value); plain.IsOne()) {
+            out.PutNumber<Width>(plain.Bits);
             return;
         }
         Decimal number = ToDecimal(AsVariant(value));
@@ -245,7 +205,7 @@ void WriteArray(Output& out, SECSItem& item, const Variant& array, Write write) 
     const std::size_t start = out.Size();
     if (const View same = lowerBound == 0 ? Write::AsItLies(array) : View(); !same.empty()) {
         out.Put(same);
-        Access::Raw(item, VariantAccess::BytesOf(array));
+        Access::RawIsBytes(item);
         return;
     }
     out.PutZeros(static_cast<std::size_t>(lowerBound) * Write::kWidth);
@@ -269,18 +229,54 @@ void WriteValue(Output& out, SECSItem& item, const Variant& value, Write write) 
     write(out, value);
     const std::uint8_t* const written = out.From(start).data();
     if constexpr (std::same_as<Write, WriteBoolean>) {
-        Access::Raw(item, std::int16_t{*written});
+        Access::RawIsTruth(item, *written);
     } else if constexpr (std::same_as<Write, WriteBinary>) {
-        Access::Raw(item, *written);
+        Access::RawIsByte(item, *written);
     } else {
-        Access::Raw(item, VariantAccess::BytesOfNumber<Write::kWidth>(written));
+        Access::KeepRaw(item, VariantAccess::BytesOfNumber<Write::kWidth>(written));
     }
+}
+
+/// A value that needs no conversion; false when it does need one. Nobody is asked or told anything,
+/// so the item keeps its value meanwhile.
+bool WritePlain(Output& out, SECSItem& item) {
+    const Variant& value = Access::Value(item);
+    const std::int32_t format = item.Format();
+    if (const PlainNumber number = PlainNumberOf(format, value); number.IsOne()) {
+        const std::uint64_t head =
+            static_cast<std::uint64_t>(format) << 10U | 1U << 8U | number.Width;
+        if (number.Width < sizeof(number.Bits)) {
+            out.PutLowBytes(head << (8 * number.Width) | number.Bits, 2 + number.Width);
+        } else {
+            out.PutNumber<2>(head);
+            out.PutNumber<sizeof(number.Bits)>(number.Bits);
+        }
+        Access::NLB(item, 1);
+        Access::Length(item, static_cast<std::int32_t>(number.Width));
+        Access::RawIsNumber(item);
+        return true;
+    }
+    if (format == FormatAscii && value.IsString()) {
+        const std::string_view text = value.Text();
+        WriteHead(out, item, format, text.size());
+        out.Put({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+        if (!text.empty()) Access::RawIsBytes(item);
+        return true;
+    }
+    if (format == FormatBoolean && value.Kind() == VariantKind::Boolean) {
+        const std::uint8_t byte = value.AsBoolean() ? 0xFF : 0x00;
+        WriteHead(out, item, format, sizeof(byte));
+        out.PutByte(byte);
+        Access::RawIsTruth(item, byte);
+        return true;
+    }
+    return false;
 }
 
 bool HasNoValue(const Variant& value) { return value.IsEmpty() || value.IsNull(); }
 
-/// Anything but a list. The value is copied: an error on the way may run a handler that changes the
-/// item.
+/// Any other value, but no list. The value is copied: an error on the way may run a handler that
+/// changes the item.
 void WriteItem(Output& out, SECSItem& item) {
     const Variant value = Access::Value(item);
     const std::int32_t format = item.Format();
@@ -291,7 +287,7 @@ void WriteItem(Output& out, SECSItem& item) {
     }
     switch (format) {
         case FormatAscii:
-            return WriteText(out, item, value.IsString() ? value : ToText(value));
+            return WriteText(out, item, ToText(value));
         case FormatVar:
             return WriteText(out, item, AnyFormatText(value));
         case FormatBoolean:
@@ -319,6 +315,9 @@ void WriteItem(Output& out, SECSItem& item) {
     }
 }
 
+/// How many children ahead the machine is asked to fetch: a long list does not fit its caches.
+constexpr std::size_t kAhead = 8;
+
 /// The children of a list that are still to be written.
 struct Step {
     std::shared_ptr<const Access::ChildList> Children;
@@ -334,7 +333,7 @@ void lBuildSECSMessage(std::vector<std::uint8_t>& bytes, const SECSItemPtr& item
         RunFreeRoutine(kName, [&] {
             if (next == nullptr) throw Fault(FaultNumber::ObjectNotSet);
             if (next->Format() != FormatList) {
-                WriteItem(out, *next);
+                if (!WritePlain(out, *next)) WriteItem(out, *next);
                 return;
             }
             std::shared_ptr<const Access::ChildList> children = Access::AllItems(*next);
@@ -349,7 +348,9 @@ void lBuildSECSMessage(std::vector<std::uint8_t>& bytes, const SECSItemPtr& item
             steps.pop_back();
         } else {
             // The list of children may move while it grows; the children themselves stay.
-            const SECSItemPtr& child = (*step.Children)[step.Next++];
+            const Access::ChildList& children = *step.Children;
+            const SECSItemPtr& child = children[step.Next++];
+            if (step.Next + kAhead < children.size()) Access::Fetch(*children[step.Next + kAhead]);
             enter(child);
         }
     }

@@ -1,12 +1,17 @@
 #include <hexmire/core/ModGeneral.h>
 #include <hexmire/core/SECSItem.h>
+#include <hexmire/core/detail/PlainNumber.h>
 #include <hexmire/core/detail/SECSItemAccess.h>
+#include <hexmire/support/ByteOrder.h>
 #include <hexmire/support/Fault.h>
 #include <hexmire/support/Reporting.h>
 #include <hexmire/support/Text.h>
 #include <hexmire/support/detail/ObjectMaker.h>
+#include <hexmire/support/detail/VariantBoxes.h>
 
 #include <algorithm>
+#include <array>
+#include <span>
 #include <utility>
 
 namespace hexmire {
@@ -38,6 +43,14 @@ bool IsValueFormat(std::int32_t code) {
     }
 }
 
+/// An item that is made where it is to stay: a pointer that is moved there is written twice.
+struct NewItem {
+    const SiteRef& Site;
+    operator SECSItemPtr() const {  // NOLINT(google-explicit-constructor): that is its use
+        return detail::ObjectMaker::Make<SECSItem>(Site);
+    }
+};
+
 }  // namespace
 
 SECSItem::SECSItem(PassKey /*key*/, SiteRef site) : site_(std::move(site)) {}
@@ -54,44 +67,51 @@ SnapshotIterator<SECSItem> SECSItem::begin() const { return SnapshotIterator<SEC
 std::string SECSItem::Description() const {
     std::string text;
     RunRoutine(site_, Routine("Get Description"), [&] {
-        if (texts_ != nullptr) text = texts_->Description;
+        if (rare_ != nullptr) text = rare_->Description;
     });
     return text;
 }
 
 void SECSItem::Description(std::string_view value) {
     RunRoutine(site_, Routine("Let Description"), [&] {
-        if (!value.empty() || texts_ != nullptr) WritableTexts().Description = value;
+        if (!value.empty() || rare_ != nullptr) WritableRare().Description = value;
     });
 }
 
 std::string SECSItem::Name() const {
     std::string text;
     RunRoutine(site_, Routine("Get Name"), [&] {
-        if (texts_ != nullptr) text = texts_->Name;
+        if (rare_ != nullptr) text = rare_->Name;
     });
     return text;
 }
 
 void SECSItem::Name(std::string_view value) {
     RunRoutine(site_, Routine("Let Name"), [&] {
-        if (!value.empty() || texts_ != nullptr) WritableTexts().Name = value;
+        if (!value.empty() || rare_ != nullptr) WritableRare().Name = value;
     });
 }
 
-SECSItem::Texts& SECSItem::WritableTexts() {
-    if (texts_ == nullptr) texts_ = std::make_unique<Texts>();
-    return *texts_;
+SECSItem::Rare& SECSItem::WritableRare() {
+    if (rare_ == nullptr) rare_ = std::make_unique<Rare>();
+    return *rare_;
 }
 
 void SECSItem::Format(std::int32_t value) {
     // An illegal code is told in the words of the root item: hosts know this code under 1001.
-    if (value == FormatList || (IsValueFormat(value) && !parent_.expired())) {
+    const bool isLegal = value == FormatList || (IsValueFormat(value) && !parent_.expired());
+    if (isLegal && rawForm_ != RawForm::Number) {
         format_ = static_cast<std::uint8_t>(value);
         return;
     }
-    RunRoutine(
-        site_, Routine("Let Format"), [&] { ReportError(site_, Routine("Let Format"), 1001); });
+    RunRoutine(site_, Routine("Let Format"), [&] {
+        if (!isLegal) {
+            ReportError(site_, Routine("Let Format"), 1001);
+            return;
+        }
+        if (value != format_) KeepRaw(MakeRaw());
+        format_ = static_cast<std::uint8_t>(value);
+    });
 }
 
 std::int32_t SECSItem::ItemIndex() const noexcept { return parent_.expired() ? 1 : itemIndex_; }
@@ -112,7 +132,51 @@ void SECSItem::NLB(std::int32_t value) {
     RunRoutine(site_, Routine("Let NLB"), [&] { ReportError(site_, Routine("Let NLB"), 1003); });
 }
 
-void SECSItem::Value(Variant value) noexcept { value_ = std::move(value); }
+void SECSItem::Value(Variant value) noexcept {
+    if (rawForm_ != RawForm::Number && rawForm_ != RawForm::Bytes) {
+        value_ = std::move(value);
+        return;
+    }
+    RunRoutine(site_, Routine("Let Value"), [&] {
+        KeepRaw(MakeRaw());
+        value_ = std::move(value);
+    });
+}
+
+// --- Raw ---------------------------------------------------------------------------------------
+
+Variant SECSItem::Raw() const {
+    Variant raw;
+    RunRoutine(site_, Routine("Get Raw"), [&] { raw = MakeRaw(); });
+    return raw;
+}
+
+Variant SECSItem::MakeRaw() const {
+    switch (rawForm_) {
+        case RawForm::Kept:
+            return rare_->Raw;
+        case RawForm::Number: {
+            const detail::PlainNumber number = detail::PlainNumberOf(format_, value_);
+            std::array<std::uint8_t, sizeof(number.Bits)> bytes{};
+            WriteBigEndian<bytes.size()>(number.Bits, bytes.data());
+            return Variant::Bytes(std::span(bytes).last(number.Width));
+        }
+        case RawForm::Bytes:
+            return detail::VariantAccess::BytesOf(value_);
+        case RawForm::Byte:
+            return rawByte_;
+        case RawForm::Truth:
+            return std::int16_t{rawByte_};
+        default:
+            return {};
+    }
+}
+
+void SECSItem::KeepRaw(Variant raw) {
+    WritableRare();
+    rawForm_ = raw.IsEmpty() ? RawForm::Empty : RawForm::Kept;
+    rare_->Raw = std::move(raw);
+}
 
 // --- Lookup ------------------------------------------------------------------------------------
 
@@ -166,7 +230,7 @@ SECSItemPtr SECSItem::FindByIndex(std::int32_t index) const {
 SECSItemPtr SECSItem::FindByName(std::string_view name) const {
     const auto found =
         std::find_if(children_->begin(), children_->end(), [name](const SECSItemPtr& child) {
-            return child->texts_ != nullptr && EqualsIgnoringCase(child->texts_->Name, name);
+            return child->rare_ != nullptr && EqualsIgnoringCase(child->rare_->Name, name);
         });
     return found == children_->end() ? nullptr : *found;
 }
@@ -205,10 +269,14 @@ SECSItemPtr SECSItem::InsertChild(std::size_t position) {
 
 const SECSItemPtr& SECSItem::AppendChild() {
     ChildList& children = WritableChildren();
-    const SECSItemPtr& child = children.emplace_back(detail::ObjectMaker::Make<SECSItem>(site_));
-    RenumberFrom(children.size() - 1);
-    child->parent_ = weak_from_this();
-    return child;
+    SECSItem& child = *children.emplace_back(NewItem{site_});
+    if (childrenNumbered_) {
+        child.itemIndex_ = static_cast<std::int32_t>(children.size());
+    } else {
+        RenumberFrom(0);
+    }
+    child.parent_ = weak_from_this();
+    return children.back();
 }
 
 SECSItemPtr SECSItem::AddNew(std::int32_t index) {
@@ -289,6 +357,21 @@ void detail::SECSItemAccess::Reserve(SECSItem& list, std::size_t count) {
     if (list.children_ == nullptr) list.WritableChildren().reserve(count);
 }
 
+void detail::SECSItemAccess::CopyValue(SECSItem& target, const SECSItem& source) {
+    if (source.rawForm_ == Form::Empty) {
+        if (!source.value_.IsEmpty()) target.Value(source.value_);
+        return;
+    }
+    const bool isSeparate = source.rawForm_ == Form::Kept ||
+                            (source.rawForm_ == Form::Number && source.format_ != target.format_);
+    if (isSeparate) {
+        target.KeepRaw(source.MakeRaw());
+    } else {
+        target.RawFollows(source.rawForm_, source.rawByte_);
+    }
+    if (!source.value_.IsEmpty()) target.value_ = source.value_;
+}
+
 void detail::SECSItemAccess::AllItems(SECSItem& item, const ChildList& children) {
     item.children_ = std::make_shared<ChildList>(children);
     item.childrenNumbered_ = false;
@@ -301,27 +384,31 @@ void detail::SECSItemAccess::AllItems(SECSItem& item, const ChildList& children)
 void SECSItem::TearDown() noexcept {
     if (children_ == nullptr) return;
     RunRoutine(site_, Routine("TearDown"), [&] {
-        std::vector<SECSItemPtr> pending;  // The next one to end comes last.
-        const auto takeChildren = [&pending](SECSItem& item) {
-            const std::shared_ptr<ChildList> children = std::exchange(item.children_, nullptr);
+        struct Step {
+            std::shared_ptr<ChildList> Children;
+            std::size_t Next = 0;
+        };
+        std::vector<Step> steps;
+        const auto takeChildren = [&steps](SECSItem& item) {
+            steps.emplace_back().Children = std::exchange(item.children_, nullptr);
             item.childrenNumbered_ = true;
-            const std::size_t first = pending.size();
-            pending.resize(first + children->size());
-            const auto place = pending.begin() + static_cast<std::ptrdiff_t>(first);
-            if (children.use_count() > 1) {  // A walk goes on.
-                std::reverse_copy(children->begin(), children->end(), place);
-            } else {
-                std::move(children->rbegin(), children->rend(), place);
-            }
         };
         takeChildren(*this);
-        while (!pending.empty()) {
-            if (SECSItem& item = *pending.back(); item.children_ != nullptr) {
-                takeChildren(item);
+        while (!steps.empty()) {
+            Step& step = steps.back();
+            if (step.Next == step.Children->size()) {
+                const Step ended = std::move(step);
+                steps.pop_back();
                 continue;
             }
-            const SECSItemPtr ended = std::move(pending.back());
-            pending.pop_back();
+            SECSItemPtr& child = (*step.Children)[step.Next];
+            if (child->children_ != nullptr) {
+                takeChildren(*child);
+                continue;
+            }
+            ++step.Next;
+            if (step.Children.use_count() > 1) continue;  // A walk goes on.
+            const SECSItemPtr ended = std::move(child);
         }
     });
 }

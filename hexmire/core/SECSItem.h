@@ -16,11 +16,15 @@
 
 namespace hexmire {
 
+class SECSItem;
+
 namespace detail {
 class SECSItemAccess;
-}
 
-class SECSItem;
+template <>
+inline constexpr bool kIsTreeNode<SECSItem> = true;
+}  // namespace detail
+
 using SECSItemPtr = std::shared_ptr<SECSItem>;
 
 /// C++ integers that name a 1-based position.
@@ -131,7 +135,7 @@ public:
     [[nodiscard]] SECSItemPtr Parent() const noexcept { return parent_.lock(); }
 
     /// The item's value bytes as the last encoding or decoding left them; Empty before.
-    [[nodiscard]] Variant Raw() const { return raw_; }
+    [[nodiscard]] Variant Raw() const;
 
     /// The value, stored as it stands, whatever the format.
     [[nodiscard]] Variant Value() const { return value_; }
@@ -153,9 +157,21 @@ private:
     friend class detail::SECSItemAccess;
 
     using ChildList = std::vector<SECSItemPtr>;
-    struct Texts {
+    /// What few items have.
+    struct Rare {
         std::string Name;
         std::string Description;
+        Variant Raw;
+    };
+    /// What Raw tells. Most of the time it follows from the value, and takes no memory until the
+    /// value changes.
+    enum class RawForm : std::uint8_t {
+        Empty,
+        Kept,    ///< what lies in Rare
+        Number,  ///< the bytes of the number that the value is in the item's format
+        Bytes,   ///< the bytes of the text or array that the value is
+        Byte,    ///< rawByte_
+        Truth,   ///< rawByte_ as an Integer
     };
 
     [[nodiscard]] std::size_t ChildCount() const noexcept {
@@ -165,25 +181,34 @@ private:
     [[nodiscard]] SECSItemPtr FindByIndex(std::int32_t index) const;
     [[nodiscard]] SECSItemPtr FindByName(std::string_view name) const;
     ChildList& WritableChildren();
-    Texts& WritableTexts();
+    Rare& WritableRare();
     SECSItemPtr InsertChild(std::size_t position);
     const SECSItemPtr& AppendChild();
     void AdoptChild(std::size_t position, SECSItemPtr child);
     void RenumberFrom(std::size_t position) noexcept;
     void SetItemIndex(std::int32_t value) noexcept;
+    [[nodiscard]] Variant MakeRaw() const;
+    void KeepRaw(Variant raw);
+    void RawFollows(RawForm form, std::uint8_t byte = 0) noexcept {
+        if (rawForm_ == RawForm::Kept) rare_->Raw = Variant();
+        rawForm_ = form;
+        rawByte_ = byte;
+    }
     void TearDown() noexcept;
 
-    // Walkers share the list; whoever changes it while it is shared changes a copy.
-    std::shared_ptr<ChildList> children_;
-    std::weak_ptr<SECSItem> parent_;
-    std::unique_ptr<Texts> texts_;
+    // Together with the counts in front of the object, what encoding needs takes 64 bytes.
     Variant value_;
-    Variant raw_;
-    SiteRef site_;
-    std::int32_t itemIndex_ = 0;
     std::int32_t length_ = 0;
     std::uint8_t format_ = FormatVar;
     std::uint8_t nlb_ = 0;
+    RawForm rawForm_ = RawForm::Empty;
+    std::uint8_t rawByte_ = 0;
+    // Walkers share the list; whoever changes it while it is shared changes a copy.
+    std::shared_ptr<ChildList> children_;
+    std::weak_ptr<SECSItem> parent_;
+    std::unique_ptr<Rare> rare_;
+    SiteRef site_;
+    std::int32_t itemIndex_ = 0;
     bool childrenNumbered_ = true;  // Child k carries the index k, for every k.
 };
 

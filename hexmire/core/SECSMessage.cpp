@@ -167,17 +167,25 @@ bool SECSMessageAccess::Parse(SECSMessage& message, std::span<const std::uint8_t
     const SiteScope scope(message.site_);
     bool ok = true;
     RunRoutine(message.site_, Routine("Parse"), [&] {
-        TakeRawHex(message, bytes);
+        const Variant body = Variant::Bytes(bytes);
+        TakeRawHex(message, body);
         auto* site = dynamic_cast<IMessageSite*>(scope.Site().Sink());
         if (CLogFile* log = site == nullptr ? nullptr : site->Log(); log != nullptr) {
             log->WriteLog("SECS I DATA Received : " + message.RawHex());
         }
-        ok = DecodeTree(message, bytes);
+        ok = DecodeTree(message, body);
     });
     return ok;
 }
 
 bool SECSMessageAccess::Decode(SECSMessage& message, std::span<const std::uint8_t> bytes) {
+    bool ok = true;
+    RunRoutine(
+        message.site_, Routine("Parse"), [&] { ok = Decode(message, Variant::Bytes(bytes)); });
+    return ok;
+}
+
+bool SECSMessageAccess::Decode(SECSMessage& message, const Variant& bytes) {
     const SiteScope scope(message.site_);
     bool ok = true;
     RunRoutine(message.site_, Routine("Parse"), [&] {
@@ -187,17 +195,18 @@ bool SECSMessageAccess::Decode(SECSMessage& message, std::span<const std::uint8_
     return ok;
 }
 
-void SECSMessageAccess::TakeRawHex(SECSMessage& message, std::span<const std::uint8_t> bytes) {
-    if (bytes.empty()) {
-        RawHex(message, ModGeneral::HexDumpArray(Variant::Bytes(bytes)));
+void SECSMessageAccess::TakeRawHex(SECSMessage& message, const Variant& bytes) {
+    if (bytes.ElementCount() == 0) {
+        RawHex(message, ModGeneral::HexDumpArray(bytes));
     } else {
-        message.rawHexBytes_ = Variant::Bytes(bytes);
+        message.rawHexBytes_ = bytes;
     }
 }
 
-bool SECSMessageAccess::DecodeTree(SECSMessage& message, std::span<const std::uint8_t> bytes) {
-    message.raw_ = bytes.empty() ? Variant::Bytes(bytes) : message.rawHexBytes_;
-    const Variant body = message.raw_;  // A handler may set Raw while an item is reported.
+bool SECSMessageAccess::DecodeTree(SECSMessage& message, const Variant& bytes) {
+    message.raw_ = bytes;
+    // A handler may set Raw while an item is reported.
+    const Variant body = bytes;  // NOLINT(performance-unnecessary-copy-initialization)
     const SECSItemPtr root = message.root_;
     std::int64_t position = -1;
     return lParseSECSMessage(body, position, root, 1);

@@ -25,4 +25,12 @@ DecodedBody DecodeBody(std::span<const std::uint8_t> bytes) {
     return decoded;
 }
 
+DecodedBody DecodeSharedBody(const Variant& bytes) {
+    DecodedBody decoded{New<SECSMessage>(), false};
+    if (decoded.Message == nullptr || bytes.Kind() != VariantKind::ByteArray) return decoded;
+    decoded.Ok =
+        bytes.ElementCount() == 0 || detail::SECSMessageAccess::Decode(*decoded.Message, bytes);
+    return decoded;
+}
+
 }  // namespace hexmire

@@ -1,5 +1,6 @@
 #include <hexmire/support/ByteOrder.h>
 
+#include <cstring>
 #include <utility>
 
 namespace hexmire {

@@ -3,24 +3,27 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <utility>
 
 namespace hexmire {
 
 /// A whole number from its bytes, most significant first (SEMI E5, item data).
 template <std::size_t Width>
 [[nodiscard]] constexpr std::uint64_t ReadBigEndian(const std::uint8_t* bytes) noexcept {
-    std::uint64_t value = 0;
-    for (std::size_t index = 0; index < Width; ++index)
-        value = value << 8U | bytes[index];
-    return value;
+    // Written out, so that it becomes a single instruction.
+    return [bytes]<std::size_t... Index>(std::index_sequence<Index...>) {
+        return (... | (std::uint64_t{bytes[Index]} << (8 * (Width - 1 - Index))));
+    }
+    (std::make_index_sequence<Width>());
 }
 
 /// The low `Width` bytes of a whole number, most significant first.
 template <std::size_t Width>
 constexpr void WriteBigEndian(std::uint64_t value, std::uint8_t* bytes) noexcept {
-    for (std::size_t index = 0; index < Width; ++index)
-        bytes[Width - 1 - index] = static_cast<std::uint8_t>(value >> (index * 8) & 0xFFU);
+    [ value, bytes ]<std::size_t... Index>(std::index_sequence<Index...>) {
+        ((bytes[Index] = static_cast<std::uint8_t>(value >> (8 * (Width - 1 - Index)))), ...);
+    }
+    (std::make_index_sequence<Width>());
 }
 
 /// Copies `count` numbers of 1, 2, 4 or 8 bytes, turning most significant byte first into the

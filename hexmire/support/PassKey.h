@@ -7,8 +7,14 @@
 namespace hexmire {
 
 namespace detail {
+
 struct ObjectMaker;
-}
+
+/// True for what a tree has many of: the memory of ended ones is kept for the next.
+template <class T>
+inline constexpr bool kIsTreeNode = false;
+
+}  // namespace detail
 
 /// Objects of the model live behind std::shared_ptr only: their constructors ask for this key,
 /// which only the library itself can make.

@@ -2,6 +2,7 @@
 
 #include <hexmire/support/Decimal.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <concepts>
@@ -286,10 +287,16 @@ private:
     Variant(Tag tag, const T& value) noexcept {
         // NOLINTBEGIN(bugprone-sizeof-expression): a pointer is meant where T is one
         static_assert(std::is_trivially_copyable_v<T> && sizeof(T) <= 2 * sizeof(std::uint64_t));
-        std::array<std::uint64_t, 2> words{};
-        std::memcpy(words.data(), &value, sizeof(T));
+        // Word by word: one wide copy would wait for what was written in parts just before.
+        std::uint64_t first = 0;
+        std::uint64_t second = 0;
+        std::memcpy(&first, &value, std::min(sizeof(T), sizeof(first)));
+        if constexpr (sizeof(T) > sizeof(first)) {
+            const auto* const rest = reinterpret_cast<const std::uint8_t*>(&value) + sizeof(first);
+            std::memcpy(&second, rest, sizeof(T) - sizeof(first));
+        }
         // NOLINTEND(bugprone-sizeof-expression)
-        held_ = Held(tag, words[0], words[1]);
+        held_ = Held(tag, first, second);
     }
     Variant(Tag tag, std::span<const std::uint8_t> bytes) noexcept : held_(tag, bytes) {}
     template <std::integral T>

@@ -234,6 +234,7 @@ static_assert(Has<string (*)(const SECSMessage&, bool)>(&RenderSml));
 static_assert(Has<std::vector<std::uint8_t> (*)(SECSMessage&)>(&EncodeBody));
 static_assert(Has<Variant (*)(SECSMessage&)>(&EncodedBody));
 static_assert(Has<DecodedBody (*)(std::span<const std::uint8_t>)>(&DecodeBody));
+static_assert(Has<DecodedBody (*)(const Variant&)>(&DecodeSharedBody));
 static_assert(std::is_same_v<decltype(DecodedBody::Message), SECSMessagePtr>);
 static_assert(std::is_same_v<decltype(DecodedBody::Ok), bool>);
 static_assert(Has<SECSItemPtr (*)()>(&New<SECSItem>));

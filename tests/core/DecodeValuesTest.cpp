@@ -26,6 +26,21 @@ struct Row {
     Variant Raw;
 };
 
+/// Neither another value nor another format touches what the last decoding left.
+void ExpectRawOutlivesChanges(const SECSItemPtr& item, const Variant& raw) {
+    const SECSItemPtr copy = item->Duplicate().Object<SECSItem>();
+    ASSERT_NE(copy, nullptr);
+    EXPECT_TRUE(copy->Raw() == raw);
+    copy->Format(copy->Format() == FormatU2 ? FormatF8 : FormatU2);
+    EXPECT_TRUE(copy->Raw() == raw);
+    copy->Value("changed");
+    EXPECT_TRUE(copy->Raw() == raw);
+    item->Value(5);
+    item->Format(FormatI1);
+    item->Value(Variant());
+    EXPECT_TRUE(item->Raw() == raw);
+}
+
 void ExpectDecoded(const std::vector<Row>& rows) {
     RecordingSite site;
     for (const Row& row : rows) {
@@ -39,6 +54,7 @@ void ExpectDecoded(const std::vector<Row>& rows) {
         EXPECT_EQ(decoded.Item->Length(), 0);
         EXPECT_EQ(decoded.Item->Name(), "");
         EXPECT_EQ(decoded.Item->ItemIndex(), 1);
+        ExpectRawOutlivesChanges(decoded.Item, row.Raw);
     }
     EXPECT_EQ(site.Errors, std::vector<std::string>{});
 }

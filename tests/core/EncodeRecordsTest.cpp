@@ -1,3 +1,5 @@
+#include <hexmire/core/ModGeneral.h>
+
 #include "../fakes/Messages.h"
 #include "../fakes/RecordingSite.h"
 #include <gtest/gtest.h>
@@ -55,7 +57,57 @@ TEST(EncodeRecords, EveryItemTellsWhatWasUsed) {
         EXPECT_EQ(item->NLB(), row.Nlb) << row.Format;
         EXPECT_EQ(item->Length(), row.Length) << row.Format;
         EXPECT_TRUE(item->Raw() == row.Raw) << row.Format;
+        const SECSItemPtr copy = item->Duplicate().Object<SECSItem>();
+        ASSERT_NE(copy, nullptr);
+        for (const SECSItemPtr& changed : {copy, item}) {
+            EXPECT_TRUE(changed->Raw() == row.Raw) << row.Format;
+            changed->Format(row.Format == FormatU2 ? FormatF8 : FormatU2);
+            EXPECT_TRUE(changed->Raw() == row.Raw) << row.Format;
+            changed->Value("changed");
+            EXPECT_TRUE(changed->Raw() == row.Raw) << row.Format;
+        }
     }
+}
+
+TEST(EncodeRecords, TheRawOfTheLastEncodingCountsWhateverTheValueWasBefore) {
+    const SECSMessagePtr message = MessageOf(FormatU4, 7U);
+    const SECSItemPtr item = Body(message);
+    (void)EncodeBody(*message);
+    item->Value("12");  // A text, to be converted.
+    EXPECT_TRUE(item->Raw() == Variant(Bytes8{0, 0, 0, 7}));
+    (void)EncodeBody(*message);
+    EXPECT_TRUE(item->Raw() == Variant(Bytes8{0, 0, 0, 12}));
+    item->Value(13);
+    EXPECT_TRUE(item->Raw() == Variant(Bytes8{0, 0, 0, 12}));
+    (void)EncodeBody(*message);
+    EXPECT_TRUE(item->Raw() == Variant(Bytes8{0, 0, 0, 13}));
+    item->Format(FormatU1);
+    EXPECT_TRUE(item->Raw() == Variant(Bytes8{0, 0, 0, 13}));
+    (void)EncodeBody(*message);
+    EXPECT_TRUE(item->Raw() == Variant(Bytes8{13}));
+}
+
+TEST(EncodeRecords, AFailedEncodingLeavesTheRawOfTheOneBefore) {
+    RecordingSite site;
+    const SECSMessagePtr message = MessageOf(FormatU4, 7U);
+    const SECSItemPtr item = Body(message);
+    (void)EncodeBody(*message);
+    item->Value("seven");
+    (void)EncodeBody(*message);
+    EXPECT_EQ(site.Errors.size(), 1U);
+    EXPECT_TRUE(item->Raw() == Variant(Bytes8{0, 0, 0, 7}));
+}
+
+TEST(EncodeRecords, ACopyIntoAnItemOfAnotherFormatKeepsTheRaw) {
+    RecordingSite site;
+    const SECSMessagePtr message = MessageOf(FormatU4, 7U);
+    (void)EncodeBody(*message);
+    const SECSItemPtr root = New<SECSItem>();  // It has no parent, so it refuses the format.
+    ModGeneral::CreateDuplicateItem(root, Body(message));
+    EXPECT_EQ(site.Errors.size(), 1U);
+    EXPECT_EQ(root->Format(), FormatVar);
+    EXPECT_TRUE(root->Value() == Variant(7U));
+    EXPECT_TRUE(root->Raw() == Variant(Bytes8{0, 0, 0, 7}));
 }
 
 TEST(EncodeRecords, TheItemsOwnLengthByteCountIsOverwrittenNotUsed) {

@@ -141,7 +141,7 @@ TEST_F(ItemCopy, AllFieldsAreCopied) {
     source->NLB(3);
     source->Value(7);
     SECSItemAccess::Length(*source, 300);
-    SECSItemAccess::Raw(*source, std::vector<std::uint8_t>{7});
+    SECSItemAccess::KeepRaw(*source, std::vector<std::uint8_t>{7});
     const SECSItemPtr copy = source->Duplicate().Object<SECSItem>();
     EXPECT_EQ(copy->Description(), "what it is");
     EXPECT_EQ(copy->Format(), FormatU4);
@@ -184,7 +184,7 @@ TEST_F(ItemCopy, EmptyFieldsOfTheSourceLeaveThoseOfTheTarget) {
     target->Description("kept too");
     target->Value("old");
     target->NLB(2);
-    SECSItemAccess::Raw(*target, 5);
+    SECSItemAccess::KeepRaw(*target, 5);
     SECSItemAccess::Length(*target, 9);
     const SECSItemPtr source = List->AddNew(4);
     CreateDuplicateItem(target, source);
@@ -204,9 +204,9 @@ TEST_F(ItemCopy, OnlyTheEmptyValueIsLeftOut) {
                                  Variant(false)}) {
         const SECSItemPtr target = Target();
         target->Value("old");
-        SECSItemAccess::Raw(*target, "old");
+        SECSItemAccess::KeepRaw(*target, "old");
         Children[0]->Value(value);
-        SECSItemAccess::Raw(*Children[0], value);
+        SECSItemAccess::KeepRaw(*Children[0], value);
         CreateDuplicateItem(target, Children[0]);
         EXPECT_EQ(target->Value(), value);
         EXPECT_EQ(target->Raw(), value);

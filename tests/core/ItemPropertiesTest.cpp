@@ -232,7 +232,7 @@ TEST_F(ItemProperties, ValueMayBeSetToItself) {
 }
 
 TEST_F(ItemProperties, RawIsACopyOfWhatTheLibraryStored) {
-    SECSItemAccess::Raw(*Child, std::vector<std::uint8_t>{1, 2});
+    SECSItemAccess::KeepRaw(*Child, std::vector<std::uint8_t>{1, 2});
     Variant raw = Child->Raw();
     EXPECT_EQ(Show(raw), "Byte[1, 2]");
     raw = Variant();

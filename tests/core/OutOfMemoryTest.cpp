@@ -5,6 +5,7 @@
 #include <hexmire/core/detail/SECSMessageAccess.h>
 #include <hexmire/sml.h>
 #include <hexmire/support/ModErrorMsg.h>
+#include <hexmire/support/detail/BlockPool.h>
 
 #include "../fakes/ErrorRecorder.h"
 #include "../fakes/FailingMemory.h"
@@ -103,12 +104,55 @@ TEST_F(OutOfMemory, TextsOfAnItem) {
     FailEverywhere([&] { read = child->Description(); }, [] {}, {"(SECSItem-Get Description) "});
 }
 
+/// So many items that none of the blocks of ended ones is left: each further item asks for memory.
+std::vector<SECSItemPtr> SpendBlocksOfItems() {
+    std::vector<SECSItemPtr> items(detail::BlockPool<sizeof(SECSItem)>::kMostBlocks);
+    for (SECSItemPtr& item : items)
+        item = New<SECSItem>();
+    return items;
+}
+
 TEST_F(OutOfMemory, AnItemThatAHostMakesIsThereOrNot) {
+    const std::vector<SECSItemPtr> others = SpendBlocksOfItems();
     SECSItemPtr made;
     FailEverywhere([&] { made = New<SECSItem>(); },
                    [&] { EXPECT_EQ(made == nullptr, !Site.Errors.empty()); },
                    {"(SECSItem-Class_Initialize) "});
     EXPECT_EQ(made->Format(), FormatVar);
+}
+
+TEST_F(OutOfMemory, AValueThatTheRawStillNeedsStays) {
+    const SECSItemPtr child = List->Item(1);
+    static_cast<void>(EncodeBody(*Subject));
+    const Variant raw = child->Raw();
+    const Variant before = child->Value();
+    FailEverywhere([&] { child->Value(5); },
+                   [&] {
+                       EXPECT_EQ(child->Raw(), raw);
+                       EXPECT_EQ(child->Value(), Site.Errors.empty() ? Variant(5) : before);
+                   },
+                   {"(SECSItem-Let Value) "});
+}
+
+TEST_F(OutOfMemory, AFormatThatTheRawStillNeedsStays) {
+    const SECSItemPtr number = List->AddNew(1);
+    number->Format(FormatU4);
+    number->Value(5);
+    static_cast<void>(EncodeBody(*Subject));
+    FailEverywhere([&] { number->Format(FormatU2); },
+                   [&] {
+                       EXPECT_EQ(number->Raw(), Variant(std::vector<std::uint8_t>{0, 0, 0, 5}));
+                       EXPECT_EQ(number->Format(), Site.Errors.empty() ? FormatU2 : FormatU4);
+                   },
+                   {"(SECSItem-Let Format) "});
+}
+
+TEST_F(OutOfMemory, ARawThatCannotBeToldIsEmpty) {
+    static_cast<void>(EncodeBody(*Subject));
+    Variant raw;
+    FailEverywhere([&] { raw = List->Item(1)->Raw(); },
+                   [&] { EXPECT_EQ(raw.IsEmpty(), !Site.Errors.empty()); },
+                   {"(SECSItem-Get Raw) "});
 }
 
 TEST_F(OutOfMemory, AMessageThatAHostMakesIsThereOrNot) {

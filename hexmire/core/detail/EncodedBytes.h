@@ -38,6 +38,12 @@ public:
         WriteBigEndian<Width>(value, Room(Width));
         size_ += Width;
     }
+    /// The same for a width, 1 to 8, that is known only now.
+    void PutLowBytes(std::uint64_t value, std::size_t width) {
+        constexpr std::size_t kMost = sizeof(value);
+        WriteBigEndian<kMost>(value << (8 * (kMost - width)), Room(kMost));
+        size_ += width;
+    }
     void Put(std::span<const std::uint8_t> bytes) {
         if (bytes.size() > bytes_.size() - size_ && bytes.size() >= kLong) {
             bytes_.resize(size_);

@@ -26,14 +26,16 @@ public:
     static bool Parse(SECSMessage& message, std::span<const std::uint8_t> bytes);
     /// The same without the line in the message log: for bytes that no link delivered.
     static bool Decode(SECSMessage& message, std::span<const std::uint8_t> bytes);
+    /// The same with an array of Byte, whose memory Raw and long values share.
+    static bool Decode(SECSMessage& message, const Variant& bytes);
     /// The message as SML text.
     static std::string ToSML(const SECSMessage& message, bool replyExpected);
     static const SiteRef& Site(const SECSMessage& message) noexcept { return message.site_; }
     static void CopyRawHex(SECSMessage& target, const SECSMessage& source);
 
 private:
-    static void TakeRawHex(SECSMessage& message, std::span<const std::uint8_t> bytes);
-    static bool DecodeTree(SECSMessage& message, std::span<const std::uint8_t> bytes);
+    static void TakeRawHex(SECSMessage& message, const Variant& bytes);
+    static bool DecodeTree(SECSMessage& message, const Variant& bytes);
 };
 
 }  // namespace hexmire::detail
