@@ -102,6 +102,7 @@ std::string UpperCase(std::string_view text) {
 }
 
 bool EqualsIgnoringCase(std::string_view left, std::string_view right) noexcept {
+    if (left == right) return true;  // Most names are given as they are spelt.
     return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](char a, char b) {
         return UpperCase(a) == UpperCase(b);
     });
