@@ -10,9 +10,11 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 find_program(HEXMIRE_CCACHE ccache)
 if(HEXMIRE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  # Paths below the tree count relative to it, so that one clone's objects serve another's.
+  # Paths below the tree count relative to it, so that one clone's objects serve another's. What a
+  # file includes is known from the compiler's own list, so that a file that is new to the cache is
+  # not read by a preprocessor first.
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
-    CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${HEXMIRE_CCACHE})
+    CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1 ${HEXMIRE_CCACHE})
 endif()
 
 add_library(hexmire_settings INTERFACE)
