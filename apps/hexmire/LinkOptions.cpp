@@ -1,7 +1,7 @@
 #include "LinkOptions.h"
 
+#include "CommandLine.h"
 #include "Failure.h"
-#include <CLI/CLI.hpp>
 #include <arpa/inet.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace {
 
 using Codes = std::vector<std::pair<std::string, std::int32_t>>;
 
-void AddEndpoint(CLI::App& command,
+void AddEndpoint(Command command,
                  const std::string& name,
                  std::optional<Endpoint>& target,
                  const std::string& description) {
@@ -27,12 +27,10 @@ void AddEndpoint(CLI::App& command,
         return ParseEndpoint(text) ? std::string()
                                    : "'" + text + "' is not ADDR:PORT with a port from 1 to 65535";
     };
-    command.add_option_function<std::string>(name, read, description)
-        ->check(check)
-        ->type_name("ADDR:PORT");
+    command.OptionFunction(name, read, description).Check(check).TypeName("ADDR:PORT");
 }
 
-void AddCode(CLI::App& command,
+void AddCode(Command command,
              const std::string& name,
              const Codes& codes,
              const std::function<void(std::int32_t)>& read,
@@ -48,26 +46,24 @@ void AddCode(CLI::App& command,
         return codeOf(text) ? std::string() : "'" + text + "' is none of " + names;
     };
     command
-        .add_option_function<std::string>(
+        .OptionFunction(
             name, [codeOf, read](const std::string& text) { read(*codeOf(text)); }, description)
-        ->check(check)
-        ->type_name(names);
+        .Check(check)
+        .TypeName(names);
 }
 
 template <class Number>
-void AddTimer(CLI::App& command,
+void AddTimer(Command command,
               const std::string& name,
               std::optional<Number>& target,
               Number shortest,
               Number longest,
               const std::string& description) {
-    command.add_option(name, target, description)
-        ->check(CLI::Range(shortest, longest))
-        ->type_name("SECONDS");
+    command.Option(name, target, description).Range(shortest, longest).TypeName("SECONDS");
 }
 
 /// Ranges as the control has them.
-void AddTimers(CLI::App& command, LinkOptions& options) {
+void AddTimers(Command command, LinkOptions& options) {
     AddTimer(command, "--t1", options.T1, 0.1F, 10.0F, "Time between two characters of a block");
     AddTimer(command, "--t2", options.T2, 0.2F, 25.0F, "Time-out of the line's protocol");
     AddTimer(command, "--t3", options.T3, 1, 120, "Reply time-out");
@@ -78,9 +74,9 @@ void AddTimers(CLI::App& command, LinkOptions& options) {
     AddTimer(command, "--t8", options.T8, 1, 120, "Time between two parts of one message");
 }
 
-void AddSerialOptions(CLI::App& command, LinkOptions& options) {
-    command.add_option("--serial", options.Serial, "Serial port of an rs232 link, as /dev/ttyUSB0")
-        ->type_name("DEVICE");
+void AddSerialOptions(Command command, LinkOptions& options) {
+    command.Option("--serial", options.Serial, "Serial port of an rs232 link, as /dev/ttyUSB0")
+        .TypeName("DEVICE");
     AddCode(
         command,
         "--baud",
@@ -94,35 +90,35 @@ void AddSerialOptions(CLI::App& command, LinkOptions& options) {
         [&options](std::int32_t baud) { options.Baud = baud; },
         "Bits a second of a serial port (default: 9600)");
     command
-        .add_option("--retry",
-                    options.Retry,
-                    "How often a block is tried again on rs232 and tcpip links (default: 3)")
-        ->check(CLI::Range(0, 31))
-        ->type_name("N");
+        .Option("--retry",
+                options.Retry,
+                "How often a block is tried again on rs232 and tcpip links (default: 3)")
+        .Range(0, 31)
+        .TypeName("N");
 }
 
-void AddRecordOptions(CLI::App& command, LinkOptions& options) {
+void AddRecordOptions(Command command, LinkOptions& options) {
     command
-        .add_option("--trace",
-                    options.Trace,
-                    "Write every byte sent and received to a text file in this folder, one for "
-                    "each port and day")
-        ->check(&RefuseEmptyName)
-        ->type_name("FOLDER");
+        .Option("--trace",
+                options.Trace,
+                "Write every byte sent and received to a text file in this folder, one for "
+                "each port and day")
+        .Check(&RefuseEmptyName)
+        .TypeName("FOLDER");
     command
-        .add_option("--pcap",
-                    options.Pcap,
-                    "Write what goes over TCP to a capture (pcapng, for Wireshark) in this "
-                    "folder, one for each port and day")
-        ->check(&RefuseEmptyName)
-        ->type_name("FOLDER");
+        .Option("--pcap",
+                options.Pcap,
+                "Write what goes over TCP to a capture (pcapng, for Wireshark) in this "
+                "folder, one for each port and day")
+        .Check(&RefuseEmptyName)
+        .TypeName("FOLDER");
     command
-        .add_option("--recipes",
-                    options.Recipes,
-                    "Store the process program of each S7F3 and S7F6 below this folder, in sent/ "
-                    "and received/")
-        ->check(&RefuseEmptyName)
-        ->type_name("FOLDER");
+        .Option("--recipes",
+                options.Recipes,
+                "Store the process program of each S7F3 and S7F6 below this folder, in sent/ "
+                "and received/")
+        .Check(&RefuseEmptyName)
+        .TypeName("FOLDER");
 }
 
 }  // namespace
@@ -131,29 +127,29 @@ std::string RefuseEmptyName(const std::string& name) {
     return name.empty() ? "a name has no characters" : "";
 }
 
-void AddFileOptions(CLI::App& command, LinkOptions& options) {
+void AddFileOptions(Command command, LinkOptions& options) {
     const auto isLogName = [](const std::string& name) {
         return name.size() > 4 && name.ends_with(".log") ? std::string()
                                                          : "'" + name + "' must end in .log";
     };
-    auto* log =
+    const CommandOption log =
         command
-            .add_option(
+            .Option(
                 "--log", options.Log, "Message log; the date is added to the name, one file a day")
-            ->check(isLogName)
-            ->type_name("FILE");
-    command.add_flag("--no-log", options.NoLog, "Write no message log")->excludes(log);
+            .Check(isLogName)
+            .TypeName("FILE");
+    command.Flag("--no-log", options.NoLog, "Write no message log").Excludes(log);
     AddRecordOptions(command, options);
     command
-        .add_option("--dictionary",
-                    options.Dictionary,
-                    "XML dictionary (default: Default.xml next to the program, of the source tree, "
-                    "or in the current directory)")
-        ->check(&RefuseEmptyName)
-        ->type_name("FILE");
+        .Option("--dictionary",
+                options.Dictionary,
+                "XML dictionary (default: Default.xml next to the program, of the source tree, "
+                "or in the current directory)")
+        .Check(&RefuseEmptyName)
+        .TypeName("FILE");
 }
 
-void AddLinkOptions(CLI::App& command, LinkOptions& options) {
+void AddLinkOptions(Command command, LinkOptions& options) {
     const auto isAddress = [](const std::string& text) {
         in6_addr address{};
         const bool numeric = ::inet_pton(AF_INET, text.c_str(), &address) == 1 ||
@@ -182,20 +178,20 @@ void AddLinkOptions(CLI::App& command, LinkOptions& options) {
     AddEndpoint(
         command, "--remote", options.Remote, "Where an active or alternating side connects to");
     AddSerialOptions(command, options);
-    command.add_option("--device-id", options.DeviceID, "Device ID (default: 0)")
-        ->check(CLI::Range(0, 32'767))
-        ->type_name("N");
+    command.Option("--device-id", options.DeviceID, "Device ID (default: 0)")
+        .Range(0, 32'767)
+        .TypeName("N");
     AddTimers(command, options);
-    command.add_flag(
+    command.Flag(
         "--system-bytes-check", options.SystemBytesCheck, "Match a reply by its system bytes too");
     command
-        .add_option("--allow",
-                    options.AllowedCallers,
-                    "Address that may call a passive or alternating side; may be repeated "
-                    "(default: any)")
-        ->check(isAddress)
-        ->type_name("ADDR")
-        ->allow_extra_args(false);
+        .Option("--allow",
+                options.AllowedCallers,
+                "Address that may call a passive or alternating side; may be repeated "
+                "(default: any)")
+        .Check(isAddress)
+        .TypeName("ADDR")
+        .OneEachTime();
     AddFileOptions(command, options);
 }
 

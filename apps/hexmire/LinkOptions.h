@@ -9,11 +9,9 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace hexmire::program {
+
+class Command;
 
 enum class Role : std::uint8_t { Host, Equipment };
 
@@ -47,8 +45,8 @@ struct LinkOptions {
 [[nodiscard]] std::string RefuseEmptyName(const std::string& name);
 
 /// Adds the options of files (log, traces, recipes, dictionary), and all of a link's options.
-void AddFileOptions(CLI::App& command, LinkOptions& options);
-void AddLinkOptions(CLI::App& command, LinkOptions& options);
+void AddFileOptions(Command command, LinkOptions& options);
+void AddLinkOptions(Command command, LinkOptions& options);
 
 /// The mode that a role has when none was given.
 [[nodiscard]] std::int32_t ModeOf(const LinkOptions& options, Role role);

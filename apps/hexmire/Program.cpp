@@ -1,5 +1,6 @@
 #include "Program.h"
 
+#include "CommandLine.h"
 #include "Failure.h"
 #include "VisibleText.h"
 #include "commands/DecodeCommand.h"
@@ -8,7 +9,6 @@
 #include "commands/EncodeCommand.h"
 #include "commands/LogCommand.h"
 #include "commands/PeerCommand.h"
-#include <CLI/CLI.hpp>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -48,29 +48,20 @@ void OpenMissingStreams() {
     }
 }
 
-void AddPeer(CLI::App& program,
+void AddPeer(Command program,
              const std::string& name,
              const std::string& description,
              PeerOptions& options) {
-    CLI::App* command = program.add_subcommand(name, description);
-    AddPeerOptions(*command, options);
-    command->callback([&options] { RunPeer(options); });
+    const Command command = program.Add(name, description);
+    AddPeerOptions(command, options);
+    command.Run([&options] { RunPeer(options); });
 }
 
 /// Reads the command line, runs its command and turns what went wrong into a message and a status.
-int Perform(CLI::App& program, int argc, const char* const* argv) {
+int Perform(CommandLine& program, int argc, const char* const* argv) {
     try {
-        program.parse(argc, argv);
+        program.Perform(argc, argv);
         return Written(0);
-    } catch (const CLI::Success& asked) {
-        return Written(program.exit(asked));  // Help and version.
-    } catch (const CLI::RequiredError& error) {
-        const auto unknown = program.remaining();
-        const std::string reason =
-            unknown.empty() ? error.what() : "unknown command '" + unknown.front() + "'";
-        return Report(reason + " (see hexmire --help)", kNotUnderstood);
-    } catch (const CLI::ParseError& error) {
-        return Report(std::string(error.what()) + " (see hexmire --help)", kNotUnderstood);
     } catch (const UsageError& error) {
         return Report(error.what(), kNotUnderstood);
     } catch (const Told&) {
@@ -86,45 +77,43 @@ int Perform(CLI::App& program, int argc, const char* const* argv) {
 
 int Run(int argc, const char* const* argv) {
     OpenMissingStreams();
-    CLI::App program("SECS-II messages between a factory host and its equipment", "hexmire");
-    program.set_version_flag(
-        "--version", std::string("hexmire ") + HEXMIRE_VERSION, "Print the version");
-    program.set_help_flag("-h,--help", "Print this help");
-    program.require_subcommand(1);
+    CommandLine program(
+        "hexmire", HEXMIRE_VERSION, "SECS-II messages between a factory host and its equipment");
+    const Command top = program.Top();
 
     LinkOptions demo;
-    CLI::App* demoCommand = program.add_subcommand(
+    const Command demoCommand = top.Add(
         "demo", "Show a host and a simulated equipment talking over HSMS-SS in this process");
-    AddDemoOptions(*demoCommand, demo);
-    demoCommand->callback([&demo] { RunDemo(demo); });
+    AddDemoOptions(demoCommand, demo);
+    demoCommand.Run([&demo] { RunDemo(demo); });
 
     PeerOptions host{.Side = Role::Host};
-    AddPeer(program, "host", "Be the host of a real link", host);
+    AddPeer(top, "host", "Be the host of a real link", host);
     PeerOptions equipment{.Side = Role::Equipment};
-    AddPeer(program,
+    AddPeer(top,
             "equipment",
             "Be a simulated equipment on a real link: every primary of the dictionary that expects "
             "a reply gets one",
             equipment);
 
     DecodeOptions decode;
-    CLI::App* decodeCommand = program.add_subcommand("decode", "Show bytes of messages as SML");
-    AddDecodeOptions(*decodeCommand, decode);
-    decodeCommand->callback([&decode] { RunDecode(decode); });
+    const Command decodeCommand = top.Add("decode", "Show bytes of messages as SML");
+    AddDecodeOptions(decodeCommand, decode);
+    decodeCommand.Run([&decode] { RunDecode(decode); });
     EncodeOptions encode;
-    CLI::App* encodeCommand = program.add_subcommand("encode", "Write SML as bytes");
-    AddEncodeOptions(*encodeCommand, encode);
-    encodeCommand->callback([&encode] { RunEncode(encode); });
+    const Command encodeCommand = top.Add("encode", "Write SML as bytes");
+    AddEncodeOptions(encodeCommand, encode);
+    encodeCommand.Run([&encode] { RunEncode(encode); });
     DictionaryOptions dictionary;
-    AddDictionaryCommands(
-        *program.add_subcommand("dictionary", "Check, show and make dictionary files"), dictionary);
+    AddDictionaryCommands(top.Add("dictionary", "Check, show and make dictionary files"),
+                          dictionary);
     LogOptions log;
-    CLI::App* logCommand = program.add_subcommand(
-        "log", "Read message logs: filter, follow, pair primaries with replies, draw");
-    AddLogOptions(*logCommand, log);
-    logCommand->callback([&log] { RunLog(log); });
+    const Command logCommand =
+        top.Add("log", "Read message logs: filter, follow, pair primaries with replies, draw");
+    AddLogOptions(logCommand, log);
+    logCommand.Run([&log] { RunLog(log); });
 
-    program.add_subcommand("version", "Print the version")->callback(&PrintVersion);
+    top.Add("version", "Print the version").Run(&PrintVersion);
 
     return Perform(program, argc, argv);
 }

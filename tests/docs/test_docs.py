@@ -62,7 +62,7 @@ class Documents(unittest.TestCase):
     def test_every_option_for_logs_is_documented(self):
         source = (ROOT / "apps/hexmire/commands/LogCommand.cpp").read_text(encoding="utf-8")
         text = (ROOT / "docs/reading-logs.md").read_text(encoding="utf-8")
-        options = set(re.findall(r'add_(?:option|flag)\(\s*"(--[a-z-]+)"', source))
+        options = set(re.findall(r'\.(?:Option|Flag)\(\s*"(--[a-z-]+)"', source))
         self.assertEqual(16, len(options))
         self.assertEqual(options, set(re.findall(r"(?<![a-z-])--[a-z][a-z-]*", text)) - {"--log"})
 

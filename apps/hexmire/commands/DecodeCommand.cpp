@@ -5,12 +5,12 @@
 #include <hexmire/support/HexBytes.h>
 
 #include "BodyCheck.h"
+#include "CommandLine.h"
 #include "ExactSml.h"
 #include "Failure.h"
 #include "Input.h"
 #include "MessageRecord.h"
 #include "VisibleText.h"
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -205,35 +205,35 @@ std::vector<Frame> Messages(const DecodeOptions& options, const Input& input) {
 
 }  // namespace
 
-void AddDecodeOptions(CLI::App& command, DecodeOptions& options) {
+void AddDecodeOptions(Command command, DecodeOptions& options) {
     command
-        .add_option("input",
-                    options.Words,
-                    "A file of hex or the hex itself ('41 03 4A 4F 42', '0x41 0x03', "
-                    "'41:03'); nothing or '-': the standard input")
-        ->type_name("FILE|HEX");
-    command.add_flag("--binary", options.Binary, "The input is bytes, not hex");
-    CLI::Option* header = command.add_flag(
+        .Option("input",
+                options.Words,
+                "A file of hex or the hex itself ('41 03 4A 4F 42', '0x41 0x03', "
+                "'41:03'); nothing or '-': the standard input")
+        .TypeName("FILE|HEX");
+    command.Flag("--binary", options.Binary, "The input is bytes, not hex");
+    const CommandOption header = command.Flag(
         "--header", options.Header, "The input is whole messages, header included, not one body");
     const auto isFraming = [](const std::string& name) {
         return FramingNamed(name) ? std::string() : "'" + name + "' is none of message|hsms|secs1";
     };
     command
-        .add_option_function<std::string>(
+        .OptionFunction(
             "--framing",
             [&options](const std::string& name) {
                 options.Framing = FramingNamed(name).value_or(Framing::Find);
             },
             "How whole messages lie in the input: message (one, header and body), hsms "
             "(behind 4-byte lengths), secs1 (blocks); default: as it looks")
-        ->check(isFraming)
-        ->option_text("message|hsms|secs1")
-        ->needs(header);
-    command.add_flag("--exact",
-                     options.Exact,
-                     "Write SML that encodes to the same bytes whatever the values are; bytes that "
-                     "no value stands for are reported");
-    command.add_flag("--json", options.Json, "Write one JSON object a line for every message");
+        .Check(isFraming)
+        .Text("message|hsms|secs1")
+        .Needs(header);
+    command.Flag("--exact",
+                 options.Exact,
+                 "Write SML that encodes to the same bytes whatever the values are; bytes that "
+                 "no value stands for are reported");
+    command.Flag("--json", options.Json, "Write one JSON object a line for every message");
 }
 
 void RunDecode(const DecodeOptions& options) {

@@ -5,11 +5,9 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace hexmire::program {
+
+class Command;
 
 /// `hexmire decode`: bytes of messages to SML.
 struct DecodeOptions {
@@ -21,7 +19,7 @@ struct DecodeOptions {
     program::Framing Framing = program::Framing::Find;
 };
 
-void AddDecodeOptions(CLI::App& command, DecodeOptions& options);
+void AddDecodeOptions(Command command, DecodeOptions& options);
 
 /// Writes to the standard output. Throws UsageError for what is no hex and no message, and Failure
 /// when a body does not decode as a whole.

@@ -1,5 +1,6 @@
 #include "commands/DemoCommand.h"
 
+#include "CommandLine.h"
 #include "DemoEquipment.h"
 #include "DictionaryFile.h"
 #include "Failure.h"
@@ -8,7 +9,6 @@
 #include "MessageLogFile.h"
 #include "Peer.h"
 #include "SmlPrinter.h"
-#include <CLI/CLI.hpp>
 
 #include <chrono>
 #include <cstdio>
@@ -255,7 +255,7 @@ void Demo::PrintSummary() {
 
 }  // namespace
 
-void AddDemoOptions(CLI::App& command, LinkOptions& options) { AddFileOptions(command, options); }
+void AddDemoOptions(Command command, LinkOptions& options) { AddFileOptions(command, options); }
 
 void RunDemo(const LinkOptions& options) { Demo(options).Run(); }
 

@@ -3,6 +3,7 @@
 #include <hexmire/hosting/Utf8.h>
 #include <hexmire/support/Text.h>
 
+#include "CommandLine.h"
 #include "DictionaryCheck.h"
 #include "DictionaryFile.h"
 #include "DictionaryWriter.h"
@@ -13,7 +14,6 @@
 #include "SmlInput.h"
 #include "Template.h"
 #include "VisibleText.h"
-#include <CLI/CLI.hpp>
 #include <fnmatch.h>
 #include <nlohmann/json.hpp>
 
@@ -199,47 +199,44 @@ void FromSml(const DictionaryOptions& options) {
     }
 }
 
-void AddDictionaryOption(CLI::App& command, DictionaryOptions& options) {
-    command.add_option("--dictionary", options.Dictionary, "Dictionary file, default: Default.xml")
-        ->type_name("FILE");
+void AddDictionaryOption(Command command, DictionaryOptions& options) {
+    command.Option("--dictionary", options.Dictionary, "Dictionary file, default: Default.xml")
+        .TypeName("FILE");
 }
 
 }  // namespace
 
-void AddDictionaryCommands(CLI::App& command, DictionaryOptions& options) {
-    command.require_subcommand(1);
-    CLI::App* check = command.add_subcommand(
+void AddDictionaryCommands(Command command, DictionaryOptions& options) {
+    const Command check = command.Add(
         "check",
         "Tell what in dictionary files loads otherwise than it looks, one line each; exit status "
         "1 when there is any");
-    check->add_option("files", options.Files, "Dictionary files")->required()->type_name("FILE");
-    check->add_flag("--json", options.Json, "Write JSON objects, the last one being the summary");
-    check->callback([&options] { Check(options); });
+    check.Option("files", options.Files, "Dictionary files").Required().TypeName("FILE");
+    check.Flag("--json", options.Json, "Write JSON objects, the last one being the summary");
+    check.Run([&options] { Check(options); });
 
-    CLI::App* list = command.add_subcommand("list", "List the transactions");
-    list->add_option("pattern",
-                     options.Pattern,
-                     "Only names that are like this, '*' and '?' being any characters, or names "
-                     "and descriptions with this in them")
-        ->type_name("PATTERN");
-    AddDictionaryOption(*list, options);
-    list->add_flag("--json", options.Json, "Write one JSON object a line");
-    list->callback([&options] { List(options); });
+    const Command list = command.Add("list", "List the transactions");
+    list.Option("pattern",
+                options.Pattern,
+                "Only names that are like this, '*' and '?' being any characters, or names "
+                "and descriptions with this in them")
+        .TypeName("PATTERN");
+    AddDictionaryOption(list, options);
+    list.Flag("--json", options.Json, "Write one JSON object a line");
+    list.Run([&options] { List(options); });
 
-    CLI::App* show =
-        command.add_subcommand("show", "Show a transaction as SML with the names of its items");
-    show->add_option("name", options.Name, "Name of the transaction")
-        ->required()
-        ->type_name("NAME");
-    AddDictionaryOption(*show, options);
-    show->callback([&options] { Show(options); });
+    const Command show =
+        command.Add("show", "Show a transaction as SML with the names of its items");
+    show.Option("name", options.Name, "Name of the transaction").Required().TypeName("NAME");
+    AddDictionaryOption(show, options);
+    show.Run([&options] { Show(options); });
 
-    CLI::App* fromSml = command.add_subcommand(
+    const Command fromSml = command.Add(
         "from-sml", "Write a dictionary file of SML messages, each reply behind its primary");
-    fromSml->add_option("input", options.Sml, "A file of SML messages; '-': the standard input")
-        ->type_name("FILE");
-    fromSml->add_flag("--latin1", options.Latin1, "The SML is in ISO 8859-1, not in UTF-8");
-    fromSml->callback([&options] { FromSml(options); });
+    fromSml.Option("input", options.Sml, "A file of SML messages; '-': the standard input")
+        .TypeName("FILE");
+    fromSml.Flag("--latin1", options.Latin1, "The SML is in ISO 8859-1, not in UTF-8");
+    fromSml.Run([&options] { FromSml(options); });
 }
 
 }  // namespace hexmire::program

@@ -3,11 +3,9 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace hexmire::program {
+
+class Command;
 
 /// `hexmire dictionary check|list|show|from-sml`.
 struct DictionaryOptions {
@@ -22,6 +20,6 @@ struct DictionaryOptions {
 
 /// Adds the four commands, each of which runs when it was asked for; they throw Failure, UsageError
 /// and Told.
-void AddDictionaryCommands(CLI::App& command, DictionaryOptions& options);
+void AddDictionaryCommands(Command command, DictionaryOptions& options);
 
 }  // namespace hexmire::program

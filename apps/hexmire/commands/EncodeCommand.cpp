@@ -3,11 +3,11 @@
 #include <hexmire/hexmire.h>
 #include <hexmire/support/HexBytes.h>
 
+#include "CommandLine.h"
 #include "Failure.h"
 #include "Frames.h"
 #include "Input.h"
 #include "SmlInput.h"
-#include <CLI/CLI.hpp>
 
 #include <iostream>
 
@@ -83,29 +83,28 @@ void Write(const Bytes& bytes, bool binary) {
 
 }  // namespace
 
-void AddEncodeOptions(CLI::App& command, EncodeOptions& options) {
+void AddEncodeOptions(Command command, EncodeOptions& options) {
     command
-        .add_option("input",
-                    options.Words,
-                    "A file of SML messages or the SML itself, a body alone being an item such "
-                    "as '<U4 1>'; nothing or '-': the standard input")
-        ->type_name("FILE|SML");
-    command.add_flag("--binary", options.Binary, "Write the bytes themselves, not hex");
-    command.add_flag("--header", options.Header, "Put the 10-byte header in front of the body");
-    command.add_flag("--length",
-                     options.Length,
-                     "Put the header and the 4-byte length of HSMS in front of the body");
+        .Option("input",
+                options.Words,
+                "A file of SML messages or the SML itself, a body alone being an item such "
+                "as '<U4 1>'; nothing or '-': the standard input")
+        .TypeName("FILE|SML");
+    command.Flag("--binary", options.Binary, "Write the bytes themselves, not hex");
+    command.Flag("--header", options.Header, "Put the 10-byte header in front of the body");
+    command.Flag("--length",
+                 options.Length,
+                 "Put the header and the 4-byte length of HSMS in front of the body");
+    command.Option("--device-id", options.DeviceID, "Device ID of headers, 0 to 32767, default 0")
+        .Range(0, 32'767)
+        .TypeName("N");
     command
-        .add_option("--device-id", options.DeviceID, "Device ID of headers, 0 to 32767, default 0")
-        ->check(CLI::Range(0, 32'767))
-        ->type_name("N");
-    command
-        .add_option("--system-bytes",
-                    options.SystemBytes,
-                    "System bytes of the first header, default 1; every further primary takes the "
-                    "next, a reply those of the primary in front of it")
-        ->type_name("N");
-    command.add_flag("--latin1", options.Latin1, "The SML is in ISO 8859-1, not in UTF-8");
+        .Option("--system-bytes",
+                options.SystemBytes,
+                "System bytes of the first header, default 1; every further primary takes the "
+                "next, a reply those of the primary in front of it")
+        .TypeName("N");
+    command.Flag("--latin1", options.Latin1, "The SML is in ISO 8859-1, not in UTF-8");
 }
 
 void CheckItemLengths(const SECSMessage& message) {

@@ -6,11 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace hexmire::program {
+
+class Command;
 
 /// `hexmire encode`: SML to the bytes that go over a link.
 struct EncodeOptions {
@@ -23,7 +21,7 @@ struct EncodeOptions {
     std::uint32_t SystemBytes = 1;
 };
 
-void AddEncodeOptions(CLI::App& command, EncodeOptions& options);
+void AddEncodeOptions(Command command, EncodeOptions& options);
 
 /// Throws UsageError when an item of an encoded message is longer than its three length bytes can
 /// say (SEMI E5, item header): the encoder keeps the low bits alone.

@@ -1,5 +1,6 @@
 #include "commands/LogCommand.h"
 
+#include "CommandLine.h"
 #include "Failure.h"
 #include "VisibleText.h"
 #include "log/EntryPrinter.h"
@@ -7,7 +8,6 @@
 #include "log/JsonLog.h"
 #include "log/LogFiles.h"
 #include "log/LogInput.h"
-#include <CLI/CLI.hpp>
 #include <pthread.h>
 
 #include <array>
@@ -186,64 +186,63 @@ void RunEntries(const LogOptions& options) {
     ReadAll(options, reader);
 }
 
-void AddFilterOptions(CLI::App& command, LogOptions& options) {
-    command.add_option("--message", options.Messages, "Messages of this name, or of this stream")
-        ->type_name("SxFy|Sx")
-        ->allow_extra_args(false);
-    command.add_option("--system-bytes", options.SystemBytes, "Decimal, or 0x and hexadecimal")
-        ->type_name("N");
-    command.add_option("--device-id", options.DeviceID, "The device ID of the header")
-        ->type_name("N")
-        ->check(CLI::Range(0, 32767));
+void AddFilterOptions(Command command, LogOptions& options) {
+    command.Option("--message", options.Messages, "Messages of this name, or of this stream")
+        .TypeName("SxFy|Sx")
+        .OneEachTime();
+    command.Option("--system-bytes", options.SystemBytes, "Decimal, or 0x and hexadecimal")
+        .TypeName("N");
+    command.Option("--device-id", options.DeviceID, "The device ID of the header")
+        .TypeName("N")
+        .Range(0, 32767);
     command
-        .add_option("--from",
-                    options.From,
-                    "From this time on: yyyy-mm-dd, hh:mm[:ss[.cc]] on each day, or both")
-        ->type_name("TIME");
-    command
-        .add_option("--to", options.To, "Up to this time and all of it: 14:07 ends at 14:07:59.99")
-        ->type_name("TIME");
-    command.add_flag("--errors",
-                     options.Errors,
-                     "Messages of stream 9 and function 0, received messages that could not be "
-                     "decoded, replies that nobody waited for, broken lines");
-    command.add_flag("--sent", options.Sent, "Sent messages, and timer lines for them");
-    command.add_flag("--received", options.Received, "Received messages, and timer lines for them");
-    command.add_flag("--sml", options.Sml, "SML alone: no headers, lengths, bytes and timer lines");
+        .Option("--from",
+                options.From,
+                "From this time on: yyyy-mm-dd, hh:mm[:ss[.cc]] on each day, or both")
+        .TypeName("TIME");
+    command.Option("--to", options.To, "Up to this time and all of it: 14:07 ends at 14:07:59.99")
+        .TypeName("TIME");
+    command.Flag("--errors",
+                 options.Errors,
+                 "Messages of stream 9 and function 0, received messages that could not be "
+                 "decoded, replies that nobody waited for, broken lines");
+    command.Flag("--sent", options.Sent, "Sent messages, and timer lines for them");
+    command.Flag("--received", options.Received, "Received messages, and timer lines for them");
+    command.Flag("--sml", options.Sml, "SML alone: no headers, lengths, bytes and timer lines");
 }
 
 }  // namespace
 
-void AddLogOptions(CLI::App& command, LogOptions& options) {
+void AddLogOptions(Command command, LogOptions& options) {
     command
-        .add_option("FILE",
-                    options.Files,
-                    "A log: a daily file, a base name (NAME.log stands for all NAME_yyyy-mm-dd.log "
-                    "in order), or '-' for the standard input")
-        ->type_name("")
-        ->required();
-    command.add_flag("--follow",
-                     options.Follow,
-                     "Wait for more at the end, go on with the next day's file; ends on SIGINT or "
-                     "SIGTERM");
+        .Option("FILE",
+                options.Files,
+                "A log: a daily file, a base name (NAME.log stands for all NAME_yyyy-mm-dd.log "
+                "in order), or '-' for the standard input")
+        .TypeName("")
+        .Required();
+    command.Flag("--follow",
+                 options.Follow,
+                 "Wait for more at the end, go on with the next day's file; ends on SIGINT or "
+                 "SIGTERM");
     AddFilterOptions(command, options);
-    command.add_flag("--latency",
-                     options.Latency,
-                     "A table of the times from primaries to their replies instead of entries");
-    command.add_flag(
+    command.Flag("--latency",
+                 options.Latency,
+                 "A table of the times from primaries to their replies instead of entries");
+    command.Flag(
         "--unanswered", options.Unanswered, "The primaries that expected a reply and got none");
-    command.add_flag("--json", options.Json, "Write one JSON object a line");
-    command.add_option("--plot", options.Plot, "Draw the messages as a sequence diagram")
-        ->type_name("FILE.svg");
-    command.add_option("--limit", options.Limit, "The most messages that are drawn")
-        ->type_name("N")
-        ->capture_default_str()
-        ->check(CLI::Range(std::size_t{1}, kMostDrawn));
+    command.Flag("--json", options.Json, "Write one JSON object a line");
+    command.Option("--plot", options.Plot, "Draw the messages as a sequence diagram")
+        .TypeName("FILE.svg");
+    command.Option("--limit", options.Limit, "The most messages that are drawn")
+        .TypeName("N")
+        .ShowDefault()
+        .Range(std::size_t{1}, kMostDrawn);
     command
-        .add_option("--side",
-                    options.Side,
-                    "Whose log it is, for the picture; else the R-bit tells, and it is the host's")
-        ->type_name("host|equipment");
+        .Option("--side",
+                options.Side,
+                "Whose log it is, for the picture; else the R-bit tells, and it is the host's")
+        .TypeName("host|equipment");
 }
 
 void RunLog(const LogOptions& options) {

@@ -4,11 +4,9 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace hexmire::program {
+
+class Command;
 
 /// `hexmire log`: reads the message logs of a control. Texts as they are given.
 struct LogOptions {
@@ -31,7 +29,7 @@ struct LogOptions {
     std::string Side{};
 };
 
-void AddLogOptions(CLI::App& command, LogOptions& options);
+void AddLogOptions(Command command, LogOptions& options);
 
 /// Throws Failure or UsageError.
 void RunLog(const LogOptions& options);

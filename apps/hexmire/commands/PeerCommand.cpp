@@ -2,6 +2,7 @@
 
 #include <hexmire/hosting/Utf8.h>
 
+#include "CommandLine.h"
 #include "DictionaryFile.h"
 #include "Failure.h"
 #include "Interrupt.h"
@@ -15,7 +16,6 @@
 #include "Terminal.h"
 #include "equipment/EquipmentOptions.h"
 #include "equipment/OperatorCommands.h"
-#include <CLI/CLI.hpp>
 
 #include <csignal>
 #include <iostream>
@@ -109,12 +109,12 @@ void CheckLog(Peer& peer, const LinkOptions& options) {
 
 }  // namespace
 
-void AddPeerOptions(CLI::App& command, PeerOptions& options) {
+void AddPeerOptions(Command command, PeerOptions& options) {
     AddLinkOptions(command, options.Link);
-    command.add_option("--script", options.Script, ScriptHelp(options.Side))
-        ->check(&RefuseEmptyName)
-        ->type_name("FILE");
-    command.add_flag("--json", options.Json, "Write one JSON object a line for every event");
+    command.Option("--script", options.Script, ScriptHelp(options.Side))
+        .Check(&RefuseEmptyName)
+        .TypeName("FILE");
+    command.Flag("--json", options.Json, "Write one JSON object a line for every event");
     if (options.Side == Role::Equipment) AddEquipmentOptions(command, options.Equipment);
 }
 

@@ -5,11 +5,9 @@
 
 #include <string>
 
-namespace CLI {
-class App;
-}
-
 namespace hexmire::program {
+
+class Command;
 
 /// `hexmire host` and `hexmire equipment`: one side of a real link.
 struct PeerOptions {
@@ -20,7 +18,7 @@ struct PeerOptions {
     EquipmentOptions Equipment{};  ///< of an equipment only
 };
 
-void AddPeerOptions(CLI::App& command, PeerOptions& options);
+void AddPeerOptions(Command command, PeerOptions& options);
 
 /// Runs the script, or serves the link until SIGINT or SIGTERM. Ends an open link with a Separate
 /// in every case. Throws Failure or UsageError.

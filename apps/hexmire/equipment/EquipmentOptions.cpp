@@ -1,9 +1,9 @@
 #include "equipment/EquipmentOptions.h"
 
+#include "CommandLine.h"
 #include "LinkOptions.h"
 #include "ScriptWords.h"
 #include "equipment/ModelFile.h"
-#include <CLI/CLI.hpp>
 
 namespace hexmire::program {
 
@@ -22,23 +22,23 @@ Misbehaviour MisbehaviourIn(const std::string& text) {
 
 }  // namespace
 
-void AddEquipmentOptions(CLI::App& command, EquipmentOptions& options) {
+void AddEquipmentOptions(Command command, EquipmentOptions& options) {
     command
-        .add_option("--model",
-                    options.Model,
-                    "JSON file with the variables, constants, events, alarms, commands and recipes "
-                    "of the equipment, in place of those built in")
-        ->check(&RefuseEmptyName)
-        ->type_name("FILE");
-    command.add_flag(
+        .Option("--model",
+                options.Model,
+                "JSON file with the variables, constants, events, alarms, commands and recipes "
+                "of the equipment, in place of those built in")
+        .Check(&RefuseEmptyName)
+        .TypeName("FILE");
+    command.Flag(
         "--establish", options.Establish, "Send S1F13 at the beginning of each connection");
     command
-        .add_option("--misbehave",
-                    options.Misbehaviours,
-                    "Answer a primary wrongly, to test a host: " + std::string(kMisbehaviourUsage) +
-                        "; may be given several times")
-        ->type_name("TEXT")
-        ->allow_extra_args(false);
+        .Option("--misbehave",
+                options.Misbehaviours,
+                "Answer a primary wrongly, to test a host: " + std::string(kMisbehaviourUsage) +
+                    "; may be given several times")
+        .TypeName("TEXT")
+        .OneEachTime();
 }
 
 EquipmentRole::Options SimulationOf(const EquipmentOptions& options) {

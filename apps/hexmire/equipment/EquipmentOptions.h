@@ -5,11 +5,9 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace hexmire::program {
+
+class Command;
 
 /// What the command line tells about a simulated equipment.
 struct EquipmentOptions {
@@ -18,7 +16,7 @@ struct EquipmentOptions {
     std::vector<std::string> Misbehaviours{};
 };
 
-void AddEquipmentOptions(CLI::App& command, EquipmentOptions& options);
+void AddEquipmentOptions(Command command, EquipmentOptions& options);
 
 /// Reads the model. Throws UsageError.
 [[nodiscard]] EquipmentRole::Options SimulationOf(const EquipmentOptions& options);
