@@ -2,6 +2,9 @@
 option(HEXMIRE_BUILD_TESTS "Build the tests and the examples" ON)
 option(HEXMIRE_BUILD_BENCHMARKS "Build the benchmarks" OFF)
 option(HEXMIRE_BUILD_FUZZERS "Build the libFuzzer targets (Clang only)" OFF)
+# Worth it where every object is built anew: a compiler cache keeps no objects with such headers.
+option(HEXMIRE_PRECOMPILE_TESTS "Precompile what all tests include"
+  "$ENV{HEXMIRE_PRECOMPILE_TESTS}")
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
