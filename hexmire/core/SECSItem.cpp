@@ -1,5 +1,6 @@
 #include <hexmire/core/ModGeneral.h>
 #include <hexmire/core/SECSItem.h>
+#include <hexmire/core/detail/ChildNames.h>
 #include <hexmire/core/detail/PlainNumber.h>
 #include <hexmire/core/detail/SECSItemAccess.h>
 #include <hexmire/support/ByteOrder.h>
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <span>
 #include <utility>
 
@@ -53,6 +55,9 @@ struct NewItem {
 
 }  // namespace
 
+SECSItem::Rare::Rare() = default;
+SECSItem::Rare::~Rare() = default;
+
 SECSItem::SECSItem(PassKey /*key*/, SiteRef site) : site_(std::move(site)) {}
 
 SECSItem::~SECSItem() { TearDown(); }
@@ -88,7 +93,11 @@ std::string SECSItem::Name() const {
 
 void SECSItem::Name(std::string_view value) {
     RunRoutine(site_, Routine("Let Name"), [&] {
-        if (!value.empty() || rare_ != nullptr) WritableRare().Name = value;
+        if (value.empty() && rare_ == nullptr) return;
+        std::string& name = WritableRare().Name;
+        const bool isFirst = name.empty();
+        name = value;
+        if (!isFirst || !value.empty()) TellParentOfName(isFirst);
     });
 }
 
@@ -228,11 +237,54 @@ SECSItemPtr SECSItem::FindByIndex(std::int32_t index) const {
 }
 
 SECSItemPtr SECSItem::FindByName(std::string_view name) const {
+    if (const detail::ChildNames* names = KnownNames(); names != nullptr) {
+        SECSItem* const found = names->Find(name);
+        return found == nullptr ? nullptr : found->shared_from_this();
+    }
     const auto found =
         std::find_if(children_->begin(), children_->end(), [name](const SECSItemPtr& child) {
             return child->rare_ != nullptr && EqualsIgnoringCase(child->rare_->Name, name);
         });
     return found == children_->end() ? nullptr : *found;
+}
+
+/// nullptr where the children are to be walked.
+detail::ChildNames* SECSItem::KnownNames() const {
+    constexpr std::size_t kShortest = 32;  // A shorter list is walked faster than a name is hashed.
+    constexpr std::uint8_t kWalksBefore = 8;  // They have cost as much as noting the names does.
+    if (rare_ != nullptr && rare_->ChildNames != nullptr) return rare_->ChildNames.get();
+    if (children_->size() < kShortest || ++nameWalks_ < kWalksBefore) return nullptr;
+    nameWalks_ = 0;
+    // A child tells its parent of a new name: one that has another parent does not.
+    if (!std::ranges::all_of(*children_, [this](const SECSItemPtr& child) {
+            return child->parent_.lock().get() == this;
+        }))
+        return nullptr;
+    try {
+        auto names = std::make_unique<detail::ChildNames>(*children_);
+        if (rare_ == nullptr) rare_ = std::make_unique<Rare>();
+        rare_->ChildNames = std::move(names);
+        return rare_->ChildNames.get();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void SECSItem::ForgetNames() noexcept {
+    if (rare_ != nullptr) rare_->ChildNames = nullptr;
+}
+
+void SECSItem::TellParentOfName(bool isFirst) noexcept {
+    const SECSItemPtr parent = parent_.lock();
+    if (parent == nullptr || parent->rare_ == nullptr) return;
+    detail::ChildNames* const names = parent->rare_->ChildNames.get();
+    if (names == nullptr) return;
+    // One that has been torn off, or is not in its place yet, is none of the children.
+    const bool isChild =
+        parent->childrenNumbered_ && itemIndex_ >= 1 &&
+        static_cast<std::size_t>(itemIndex_) <= parent->ChildCount() &&
+        (*parent->children_)[static_cast<std::size_t>(itemIndex_) - 1].get() == this;
+    if (!(isChild && isFirst && names->Named(*this))) parent->ForgetNames();
 }
 
 // --- Changes -----------------------------------------------------------------------------------
@@ -256,6 +308,7 @@ void SECSItem::RenumberFrom(std::size_t position) noexcept {
 
 void SECSItem::AdoptChild(std::size_t position, SECSItemPtr child) {
     ChildList& children = WritableChildren();
+    ForgetNames();
     children.insert(children.begin() + static_cast<std::ptrdiff_t>(position), std::move(child));
     RenumberFrom(position);
 }
@@ -308,6 +361,7 @@ Variant SECSItem::Delete() {
         }
         const auto position = static_cast<std::size_t>(itemIndex_) - 1;
         ChildList& siblings = parent->WritableChildren();
+        parent->ForgetNames();
         siblings.erase(siblings.begin() + static_cast<std::ptrdiff_t>(position));
         parent->RenumberFrom(position);
         parent_.reset();
@@ -375,6 +429,7 @@ void detail::SECSItemAccess::CopyValue(SECSItem& target, const SECSItem& source)
 void detail::SECSItemAccess::AllItems(SECSItem& item, const ChildList& children) {
     item.children_ = std::make_shared<ChildList>(children);
     item.childrenNumbered_ = false;
+    item.ForgetNames();
 }
 
 // --- End ---------------------------------------------------------------------------------------
@@ -392,6 +447,7 @@ void SECSItem::TearDown() noexcept {
         const auto takeChildren = [&steps](SECSItem& item) {
             steps.emplace_back().Children = std::exchange(item.children_, nullptr);
             item.childrenNumbered_ = true;
+            item.ForgetNames();
         };
         takeChildren(*this);
         while (!steps.empty()) {

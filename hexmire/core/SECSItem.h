@@ -19,6 +19,7 @@ namespace hexmire {
 class SECSItem;
 
 namespace detail {
+class ChildNames;
 class SECSItemAccess;
 
 template <>
@@ -162,6 +163,12 @@ private:
         std::string Name;
         std::string Description;
         Variant Raw;
+        std::unique_ptr<detail::ChildNames> ChildNames;
+
+        Rare();
+        Rare(const Rare&) = delete;
+        Rare& operator=(const Rare&) = delete;
+        ~Rare();
     };
     /// What Raw tells. Most of the time it follows from the value, and takes no memory until the
     /// value changes.
@@ -180,6 +187,9 @@ private:
     [[nodiscard]] SECSItemPtr FindChild(const Variant& value) const;
     [[nodiscard]] SECSItemPtr FindByIndex(std::int32_t index) const;
     [[nodiscard]] SECSItemPtr FindByName(std::string_view name) const;
+    [[nodiscard]] detail::ChildNames* KnownNames() const;
+    void ForgetNames() noexcept;
+    void TellParentOfName(bool isFirst) noexcept;
     ChildList& WritableChildren();
     Rare& WritableRare();
     SECSItemPtr InsertChild(std::size_t position);
@@ -206,10 +216,11 @@ private:
     // Walkers share the list; whoever changes it while it is shared changes a copy.
     std::shared_ptr<ChildList> children_;
     std::weak_ptr<SECSItem> parent_;
-    std::unique_ptr<Rare> rare_;
+    mutable std::unique_ptr<Rare> rare_;
     SiteRef site_;
     std::int32_t itemIndex_ = 0;
     bool childrenNumbered_ = true;  // Child k carries the index k, for every k.
+    mutable std::uint8_t nameWalks_ = 0;
 };
 
 template <>

@@ -19,6 +19,7 @@ public:
     static std::int32_t Length(const SECSItem& item) noexcept { return item.length_; }
     static void Length(SECSItem& item, std::int32_t value) noexcept { item.length_ = value; }
     static void Parent(SECSItem& item, const SECSItemPtr& parent) noexcept {
+        if (const SECSItemPtr before = item.Parent(); before != nullptr) before->ForgetNames();
         item.parent_ = parent;
     }
     /// Raw as it stands, for a value that does not tell it.
