@@ -27,6 +27,7 @@ SiteRef LastPublishedSite() noexcept {
     return SiteRef(published.back());
 }
 
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables)
 constinit const SiteScope* detail::CurrentScope = nullptr;
 
 SiteRef CurrentSite() noexcept {

@@ -81,6 +81,7 @@ class SiteScope;
 
 namespace detail {
 /// The innermost scope. A plain variable: nearly every routine opens a scope.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): what a process has one of
 extern constinit const SiteScope* CurrentScope;
 }  // namespace detail
 

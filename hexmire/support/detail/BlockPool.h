@@ -38,7 +38,7 @@ public:
     }
     static void Give(void* place) noexcept {
         if (kept_ == room_ && !MakeRoom()) {
-            ::operator delete(place, Size);
+            ::operator delete(place);
         } else {
             blocks_[kept_++] = place;
         }
@@ -58,7 +58,7 @@ private:
         ~ThreadEnd() {
             isOver_ = true;
             while (kept_ > 0)
-                ::operator delete(blocks_[--kept_], Size);
+                ::operator delete(blocks_[--kept_]);
             ::operator delete(blocks_);
             room_ = 0;
         }
@@ -84,10 +84,12 @@ private:
     }
 
     // They can be used until the thread is gone: objects may end after ThreadEnd.
+    // NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): what a thread keeps is one
     static inline thread_local void** blocks_ = nullptr;
     static inline thread_local std::size_t kept_ = 0;
     static inline thread_local std::size_t room_ = 0;
     static inline thread_local bool isOver_ = false;
+    // NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 };
 
 /// Makes single objects in blocks of a pool.
@@ -101,6 +103,7 @@ struct PoolAllocator {
     // NOLINTNEXTLINE(google-explicit-constructor)
     PoolAllocator(const PoolAllocator<Other>& /*other*/) noexcept {}
 
+    // NOLINTBEGIN(readability-identifier-naming): the standard library asks for these names
     [[nodiscard]] T* allocate(std::size_t count) {
         static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
         if (count == 1) return static_cast<T*>(BlockPool<sizeof(T)>::Take());
@@ -110,9 +113,10 @@ struct PoolAllocator {
         if (count == 1) {
             BlockPool<sizeof(T)>::Give(place);
         } else {
-            ::operator delete(place, count * sizeof(T));
+            ::operator delete(place);
         }
     }
+    // NOLINTEND(readability-identifier-naming)
     bool operator==(const PoolAllocator&) const noexcept = default;
 };
 
