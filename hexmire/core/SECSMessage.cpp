@@ -163,14 +163,22 @@ void SECSMessageAccess::Build(SECSMessage& message, std::vector<std::uint8_t>& b
     });
 }
 
+namespace {
+
+CLogFile* LogOf(IErrorSink* sink) {
+    if (sink == nullptr || sink->Serves() == IErrorSink::Service::Errors) return nullptr;
+    return static_cast<IMessageSite*>(sink)->Log();
+}
+
+}  // namespace
+
 bool SECSMessageAccess::Parse(SECSMessage& message, std::span<const std::uint8_t> bytes) {
     const SiteScope scope(message.site_);
     bool ok = true;
     RunRoutine(message.site_, Routine("Parse"), [&] {
         const Variant body = Variant::Bytes(bytes);
         TakeRawHex(message, body);
-        auto* site = dynamic_cast<IMessageSite*>(scope.Site().Sink());
-        if (CLogFile* log = site == nullptr ? nullptr : site->Log(); log != nullptr) {
+        if (CLogFile* log = LogOf(scope.Site().Sink()); log != nullptr) {
             log->WriteLog("SECS I DATA Received : " + message.RawHex());
         }
         ok = DecodeTree(message, body);

@@ -12,7 +12,8 @@ public:
     /// that it is of, which costs more than what is asked.
     enum class Service : std::uint8_t {
         Errors,
-        Transactions,  ///< it is an ITransSite
+        Messages,      ///< it is an IMessageSite
+        Transactions,  ///< it is an ITransSite, and so an IMessageSite
     };
     [[nodiscard]] virtual Service Serves() const noexcept { return Service::Errors; }
 
