@@ -350,7 +350,8 @@ void lBuildSECSMessage(std::vector<std::uint8_t>& bytes, const SECSItemPtr& item
             // The list of children may move while it grows; the children themselves stay.
             const Access::ChildList& children = *step.Children;
             const SECSItemPtr& child = children[step.Next++];
-            if (step.Next + kAhead < children.size()) Access::Fetch(*children[step.Next + kAhead]);
+            if (step.Next + kAhead < children.size())
+                Access::Fetch(children[step.Next + kAhead].get());
             enter(child);
         }
     }

@@ -238,8 +238,12 @@ SECSItemPtr SECSItem::FindByIndex(std::int32_t index) const {
 
 SECSItemPtr SECSItem::FindByName(std::string_view name) const {
     if (const detail::ChildNames* names = KnownNames(); names != nullptr) {
-        SECSItem* const found = names->Find(name);
-        return found == nullptr ? nullptr : found->shared_from_this();
+        try {
+            SECSItem* const found = names->Find(name);
+            return found == nullptr ? nullptr : found->shared_from_this();
+        } catch (const std::bad_alloc&) {
+            // The walk needs no memory.
+        }
     }
     const auto found =
         std::find_if(children_->begin(), children_->end(), [name](const SECSItemPtr& child) {

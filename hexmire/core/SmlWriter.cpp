@@ -48,25 +48,40 @@ void ForEachElement(const Variant& array, Put put) {
 
 const char* BooleanWord(const Variant& value) { return ToBoolean(value) ? " TRUE" : " FALSE"; }
 
+/// Calls `put` with the value, or with each element of an array.
+template <class Put>
+void ForEachValue(const Variant& value, Put put) {
+    if (value.IsArray()) {
+        ForEachElement(value, put);
+    } else {
+        put(value);
+    }
+}
+
 /// What stands between the format's name and " >".
-std::string ValueText(const SECSItem& item, const Variant& value) {
-    std::string text;
-    switch (item.Format()) {
+void AppendValue(std::string& text, std::int32_t format, const Variant& value) {
+    switch (format) {
         case FormatAscii:
-            return " '" + ToText(value) + "'";
+            text.append(" '");
+            if (value.IsString()) {
+                text.append(value.Text());
+            } else {
+                text.append(ToText(value));
+            }
+            text.append("'");
+            return;
         case FormatVar:
-            return " " + AnyFormatText(value);
+            text.append(" ").append(AnyFormatText(value));
+            return;
         case FormatBinary:
-            return " " + (value.IsArray() ? ModGeneral::HexDumpArray2(value) : HexNumber(value));
+            text.append(" ").append(value.IsArray() ? ModGeneral::HexDumpArray2(value)
+                                                    : HexNumber(value));
+            return;
         case FormatBoolean:
-            if (!value.IsArray()) return BooleanWord(value);
-            ForEachElement(value, [&](const Variant& element) { text += BooleanWord(element); });
-            return text;
+            ForEachValue(value, [&](const Variant& one) { text.append(BooleanWord(one)); });
+            return;
         default:
-            if (!value.IsArray()) return " " + ToText(value);
-            ForEachElement(
-                value, [&](const Variant& element) { text.append(" ").append(ToText(element)); });
-            return text;
+            ForEachValue(value, [&](const Variant& one) { text.append(" ").append(ToText(one)); });
     }
 }
 
@@ -137,14 +152,13 @@ private:
     void AddItem(const SECSItem& item) {
         const Variant value = Access::Value(item);  // A handler may change the item meanwhile.
         const std::int32_t format = item.Format();
-        std::string text;
-        if (!HasNoText(format, value)) {
-            text = ValueText(item, value);
-        } else if (format == FormatBinary) {
-            text = " ";  // The blank that would precede the value.
-        }
         text_.append("< ").append(ModGeneral::ItemFormatToText(format));
-        text_.append(text).append(" >").append(kLineEnd);
+        if (!HasNoText(format, value)) {
+            AppendValue(text_, format, value);
+        } else if (format == FormatBinary) {
+            text_.append(" ");  // The blank that would precede the value.
+        }
+        text_.append(" >").append(kLineEnd);
     }
 
     void Indent(std::int32_t level) {

@@ -41,7 +41,7 @@ bool OpenTransactions::IsOpen(std::uint32_t systemBytes, TimePoint now) const {
 }
 
 void OpenTransactions::Clear() noexcept {
-    slots_ = {};
+    slots_ = decltype(slots_)();  // with their memory
     size_ = 0;
 }
 

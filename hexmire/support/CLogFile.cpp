@@ -136,7 +136,7 @@ void CLogFile::WriteLog(std::string_view text) {
         const auto time = TimeText(now.TimeOfDay);
         line_.assign(dayText_).append(time.data(), time.size()).append(text).append("\r\n");
         AppendMakingFolder(path_, line_);
-        if (line_.capacity() > kKeptLineBytes) line_ = {};
+        if (line_.capacity() > kKeptLineBytes) std::string().swap(line_);
     });
 }
 

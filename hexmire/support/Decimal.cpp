@@ -137,6 +137,7 @@ double Decimal::ToDouble() const {
 }
 
 std::string Decimal::ToText() const {
+    if (high_ == 0 && scale_ == 0) return (negative_ ? "-" : "") + std::to_string(low_);
     std::string digits;
     for (Wide rest = Join(high_, low_); rest != 0; rest /= 10) {
         digits.push_back(static_cast<char>('0' + static_cast<int>(rest % 10)));

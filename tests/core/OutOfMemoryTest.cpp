@@ -147,6 +147,20 @@ TEST_F(OutOfMemory, AFormatThatTheRawStillNeedsStays) {
                    {"(SECSItem-Let Format) "});
 }
 
+TEST_F(OutOfMemory, ALongListFindsANameWithoutMemoryForAnIndex) {
+    for (int index = 5; index <= 60; ++index)
+        List->AddNew(index)->Name("a name of 20 char " + std::to_string(index));
+    const SECSItemPtr wanted = List->Item(33);
+    const std::string name = wanted->Name();
+    for (long request = 1; request <= 200; ++request) {
+        SECSItemPtr found;
+        FailsRequest(request % 4, [&] { found = List->Item(name); });
+        ASSERT_EQ(found, wanted) << request;
+        if (request % 20 == 0) List->Item(40)->Name("another" + std::to_string(request));
+    }
+    EXPECT_TRUE(Site.Errors.empty());
+}
+
 TEST_F(OutOfMemory, ARawThatCannotBeToldIsEmpty) {
     static_cast<void>(EncodeBody(*Subject));
     Variant raw;

@@ -1,3 +1,4 @@
+#include "../fakes/HeapInUse.h"
 #include "LogFixture.h"
 
 #include <chrono>
@@ -152,6 +153,16 @@ TEST_F(LogFile, TakesALongText) {
     const std::string text(1000000, 'x');
     Log.WriteLog(text);
     EXPECT_EQ(Today(), "2024/03/05 14:07:09.42 " + text + "\r\n");
+}
+
+TEST_F(LogFile, ALongTextLeavesNoMemoryBehind) {
+    constexpr std::size_t kLong = std::size_t{8} << 20U;
+    Log.WriteLog("first");
+    const std::size_t before = fakes::HeapInUse();
+    Log.WriteLog(std::string(kLong, 'x'));
+    EXPECT_GT(Today().size(), kLong);
+    Files.Files.clear();
+    EXPECT_LT(fakes::HeapInUse(), before + kLong / 4);
 }
 
 TEST_F(LogFile, WritesTwoDigitsEachWhateverTheTime) {

@@ -17,7 +17,7 @@ public:
     /// Names of the children; std::bad_alloc when there is no memory for them.
     explicit ChildNames(const std::vector<SECSItemPtr>& children);
 
-    /// nullptr when no child has that name.
+    /// nullptr when no child has that name; std::bad_alloc for a long name without memory for it.
     [[nodiscard]] SECSItem* Find(std::string_view name) const;
     /// A child that had no name has got one. False when it cannot be told which is the first now.
     [[nodiscard]] bool Named(SECSItem& child) noexcept;

@@ -74,7 +74,9 @@ public:
         return isPosition ? (*list.children_)[static_cast<std::size_t>(index) - 1].get() : nullptr;
     }
     /// Tells the machine that the item's value is wanted soon.
-    static void Fetch(const SECSItem& item) noexcept { __builtin_prefetch(&item.value_); }
+    static void Fetch(const SECSItem* item) noexcept {
+        if (item != nullptr) __builtin_prefetch(&item->value_);
+    }
     static const Variant& Value(const SECSItem& item) noexcept { return item.value_; }
     /// Replaces value and Raw by those of another item of the same format; either stays when the
     /// other item has none.

@@ -32,7 +32,7 @@ FrameParser::Step FrameParser::Next(std::span<const std::uint8_t>& input,
 
 void FrameParser::Reset() noexcept {
     headCount_ = 0;
-    body_ = {};
+    body_ = decltype(body_)();  // with its memory
 }
 
 }  // namespace hexmire::hsms

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kKeptTextBytes = std::size_t{256} * 1024;
 
 void GiveBack(std::string& text) {
-    if (text.capacity() > kKeptTextBytes) text = {};
+    if (text.capacity() > kKeptTextBytes) std::string().swap(text);
 }
 
 }  // namespace

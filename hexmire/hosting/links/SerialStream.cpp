@@ -147,7 +147,7 @@ void SerialStream::WaitForRoom(Ready ready) {
 }
 
 std::size_t SerialStream::Read(asio::mutable_buffer into, asio::error_code& error) {
-    return port_.read_some(asio::mutable_buffers_1(into), error);
+    return port_.read_some(into, error);
 }
 
 std::size_t SerialStream::Write(std::span<const asio::const_buffer> from, asio::error_code& error) {

@@ -15,16 +15,15 @@ void SocketStream::WaitForRoom(Ready ready) {
 }
 
 std::size_t SocketStream::Read(asio::mutable_buffer into, asio::error_code& error) {
-    const std::size_t count = socket_.read_some(asio::mutable_buffers_1(into), error);
+    const std::size_t count = socket_.read_some(into, error);
     if (error == asio::error::eof && wasReset_) error = asio::error::connection_reset;
     return count;
 }
 
 std::size_t SocketStream::Write(std::span<const asio::const_buffer> from, asio::error_code& error) {
     // One buffer is a cheaper call of the system than a list with one entry.
-    const std::size_t count = from.size() == 1
-                                  ? socket_.write_some(asio::const_buffers_1(from[0]), error)
-                                  : socket_.write_some(from, error);
+    const std::size_t count =
+        from.size() == 1 ? socket_.write_some(from[0], error) : socket_.write_some(from, error);
     // The system tells of a reset once: whoever reads afterwards finds what looks like an end in
     // good order.
     if (error == asio::error::connection_reset) wasReset_ = true;

@@ -335,7 +335,7 @@ void TransportDriver::Shell::DeliverSome() {
     HoldWrites(lookedAt_);
     for (std::size_t raised = 0; raised < kEventsPerTurn && !events_.IsEmpty(); ++raised) {
         const bool internal = events_.IsInternalErrorNext();
-        const bool timed = !events_.IsSentNext();
+        const bool isSent = events_.IsSentNext();
         try {
             events_.RaiseNext();
         } catch (...) {
@@ -343,7 +343,7 @@ void TransportDriver::Shell::DeliverSome() {
             if (!internal) ReportInternal("exception in an event handler");
         }
         if (events_.IsClosed()) return;
-        if (!timed) {
+        if (isSent && !machine_->HasOutput()) {
             ++quickInARow_;  // its time is taken with that of the next
             continue;
         }

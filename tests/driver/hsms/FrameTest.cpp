@@ -1,6 +1,7 @@
 // Frames of HSMS (SEMI E37, message format): header fields, framing whatever the pieces.
 #include <hexmire/driver/hsms/FrameParser.h>
 
+#include "../../fakes/HeapInUse.h"
 #include "../../fakes/HsmsRig.h"
 #include <gtest/gtest.h>
 
@@ -125,6 +126,21 @@ TEST(HsmsFrameParser, ResetForgetsAHalfFrame) {
     input = whole;
     EXPECT_EQ(parser.Next(input, kMost), FrameParser::Step::Frame);
     EXPECT_EQ(parser.Body().size(), 8U);
+}
+
+TEST(FrameParser, AFrameThatIsForgottenLeavesNoMemoryBehind) {
+    constexpr std::size_t kHalf = std::size_t{4} << 20U;
+    FrameParser parser;
+    const std::size_t before = fakes::HeapInUse();
+    {
+        Bytes bytes{0x00, 0x80, 0x00, 0x0A};
+        bytes.resize(bytes.size() + hsms::kHeaderBytes + kHalf);
+        std::span<const std::uint8_t> input = bytes;
+        EXPECT_EQ(parser.Next(input, std::uint32_t{16} << 20U), FrameParser::Step::NeedMore);
+    }
+    EXPECT_GT(fakes::HeapInUse(), before + kHalf / 2);
+    parser.Reset();
+    EXPECT_LT(fakes::HeapInUse(), before + kHalf / 4);
 }
 
 }  // namespace
